@@ -1,0 +1,71 @@
+#include "platform/MsgBox.h"
+
+#include <cstdio>
+
+namespace {
+int presentOnConsole(const MsgBoxRequest &box)
+{
+    std::fprintf(stderr, "%s: %s\n", qPrintable(box.title), qPrintable(box.prompt));
+    return FirstButtonOf(box.style);
+}
+
+MsgBoxPresenter &presenter()
+{
+    static MsgBoxPresenter p = presentOnConsole;
+    return p;
+}
+} // namespace
+
+QString AppTitle()
+{
+    return QStringLiteral("KEVRO");
+}
+
+int FirstButtonOf(int style)
+{
+    switch (style & 0x0F) {
+    case vbAbortRetryIgnore:
+        return vbAbort;
+    case vbYesNoCancel:
+    case vbYesNo:
+        return vbYes;
+    case vbRetryCancel:
+        return vbRetry;
+    default:
+        return vbOK;
+    }
+}
+
+int MsgBox(const QString &prompt, int style, const QString &title)
+{
+    MsgBoxRequest box{prompt, style, title.isEmpty() ? AppTitle() : title};
+    return presenter()(box);
+}
+
+MsgBoxPresenter SetMsgBoxPresenter(MsgBoxPresenter p)
+{
+    MsgBoxPresenter old = presenter();
+    presenter() = p ? std::move(p) : MsgBoxPresenter(presentOnConsole);
+    return old;
+}
+
+MsgBoxResponder::MsgBoxResponder()
+{
+    m_previous = SetMsgBoxPresenter([this](const MsgBoxRequest &box) {
+        m_boxes.append(box);
+        return m_answers.isEmpty() ? FirstButtonOf(box.style) : m_answers.takeFirst();
+    });
+}
+
+MsgBoxResponder::~MsgBoxResponder()
+{
+    SetMsgBoxPresenter(m_previous);
+}
+
+QStringList MsgBoxResponder::prompts() const
+{
+    QStringList out;
+    for (const auto &b : m_boxes)
+        out << b.prompt;
+    return out;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+// The classic message box: buttons and icon in one number, the answer as the classic value.
+enum MsgBoxStyle : int {
+    vbOKOnly = 0,
+    vbOKCancel = 1,
+    vbAbortRetryIgnore = 2,
+    vbYesNoCancel = 3,
+    vbYesNo = 4,
+    vbRetryCancel = 5,
+    vbCritical = 16,
+    vbQuestion = 32,
+    vbExclamation = 48,
+    vbInformation = 64,
+};
+enum MsgBoxResult : int { vbOK = 1, vbCancel = 2, vbAbort = 3, vbRetry = 4, vbIgnore = 5, vbYes = 6, vbNo = 7 };
+
+// The application's title: a box without a title of its own carries it.
+QString AppTitle();
+
+int MsgBox(const QString &prompt, int style = vbOKOnly, const QString &title = QString());
+
+// Who shows the boxes. The screens install a dialog presenter; without one (a tool with no screen) the
+// box is written to standard error and answered with its first button.
+struct MsgBoxRequest {
+    QString prompt;
+    int style = 0;
+    QString title;
+    int buttons() const { return style & 0x0F; }
+    int icon() const { return style & 0x70; }
+};
+using MsgBoxPresenter = std::function<int(const MsgBoxRequest &)>;
+MsgBoxPresenter SetMsgBoxPresenter(MsgBoxPresenter presenter);
+
+// For tests: records every box and answers from a queue (the first button when the queue is empty).
+// Installs itself for its lifetime and puts the previous presenter back afterwards.
+class MsgBoxResponder final
+{
+public:
+    MsgBoxResponder();
+    ~MsgBoxResponder();
+    MsgBoxResponder(const MsgBoxResponder &) = delete;
+    MsgBoxResponder &operator=(const MsgBoxResponder &) = delete;
+
+    void queue(int answer) { m_answers.append(answer); }
+    const QList<MsgBoxRequest> &boxes() const { return m_boxes; }
+    QStringList prompts() const;
+    void clear() { m_boxes.clear(); }
+
+private:
+    QList<MsgBoxRequest> m_boxes;
+    QList<int> m_answers;
+    MsgBoxPresenter m_previous;
+};
+
+// The answer a box gives for its first button.
+int FirstButtonOf(int style);

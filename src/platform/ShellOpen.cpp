@@ -1,0 +1,150 @@
+#include "platform/ShellOpen.h"
+
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QUrl>
+
+namespace {
+constexpr long SE_ERR_FNF = 2;
+constexpr long SE_ERR_NOASSOC = 31;
+constexpr long SE_OK = 42;
+
+bool isAddress(const QString &file)
+{
+    return file.contains(QLatin1String("://")) || file.startsWith(QLatin1String("mailto:"), Qt::CaseInsensitive);
+}
+
+bool openWithXdg(const QString &target)
+{
+    const QString xdg = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    return !xdg.isEmpty() && QProcess::startDetached(xdg, {target});
+}
+
+DesktopOpener &desktopOpener()
+{
+    static DesktopOpener opener = openWithXdg;
+    return opener;
+}
+
+long launchOnDesktop(const ShellExecuteRequest &r)
+{
+    if (r.file.isEmpty())
+        return SE_ERR_FNF;
+    if (isAddress(r.file))
+        return desktopOpener()(r.file) ? SE_OK : SE_ERR_NOASSOC;
+    const QString folder = r.workingFolder.isEmpty() ? QDir::currentPath() : r.workingFolder;
+    const QFileInfo info(QDir(folder).absoluteFilePath(RealPath(r.file)));
+    if (!info.exists())
+        return SE_ERR_FNF;
+    if (info.isFile() && info.isExecutable()) {
+        const QStringList args = QProcess::splitCommand(r.parameters);
+        return QProcess::startDetached(info.absoluteFilePath(), args, folder) ? SE_OK : SE_ERR_NOASSOC;
+    }
+    return desktopOpener()(info.absoluteFilePath()) ? SE_OK : SE_ERR_NOASSOC;
+}
+
+bool startProgram(const QString &commandLine, int)
+{
+    QStringList parts = QProcess::splitCommand(commandLine);
+    if (parts.isEmpty())
+        return false;
+    const QString program = parts.takeFirst();
+    return QProcess::startDetached(program, parts);
+}
+
+ShellExecuteLauncher &executeLauncher()
+{
+    static ShellExecuteLauncher l = launchOnDesktop;
+    return l;
+}
+ShellProgramLauncher &programLauncher()
+{
+    static ShellProgramLauncher l = startProgram;
+    return l;
+}
+} // namespace
+
+ShellExecuteLauncher SetShellExecuteLauncher(ShellExecuteLauncher launcher)
+{
+    auto old = executeLauncher();
+    executeLauncher() = launcher ? std::move(launcher) : ShellExecuteLauncher(launchOnDesktop);
+    return old;
+}
+
+ShellProgramLauncher SetShellProgramLauncher(ShellProgramLauncher launcher)
+{
+    auto old = programLauncher();
+    programLauncher() = launcher ? std::move(launcher) : ShellProgramLauncher(startProgram);
+    return old;
+}
+
+void SetDesktopOpener(DesktopOpener opener)
+{
+    desktopOpener() = opener ? std::move(opener) : DesktopOpener(openWithXdg);
+}
+
+ShellCommand SplitShellCommand(const QString &commandLine)
+{
+    QString text = commandLine;
+    int fileEnd = -1; // characters in the file part
+    const int q = text.startsWith(QLatin1Char('"')) ? text.indexOf(QLatin1Char('"'), 1) : -1;
+    if (q > 0) {
+        text.remove(QLatin1Char('"'));
+        fileEnd = q - 1; // the closing quote's place, less the opening quote
+    } else {
+        fileEnd = text.indexOf(QLatin1Char(' '));
+        if (fileEnd < 0)
+            fileEnd = text.size();
+    }
+    ShellCommand c;
+    c.file = text.left(fileEnd);
+    QString rest = text.mid(fileEnd);
+    while (rest.startsWith(QLatin1Char(' ')))
+        rest.remove(0, 1);
+    c.parameters = rest;
+    return c;
+}
+
+QString DeriveWorkingFolder(const QString &file)
+{
+    const int slash = file.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QDir::currentPath();
+    return slash == 0 ? QStringLiteral("/") : file.left(slash);
+}
+
+long ShellOpen(const QString &commandLine, int showState, const QString &workingFolder)
+{
+    const ShellCommand c = SplitShellCommand(commandLine);
+    const QString folder = workingFolder.isEmpty() ? DeriveWorkingFolder(c.file) : workingFolder;
+    const long result = executeLauncher()({c.file, c.parameters, folder, showState});
+    if (result >= 32)
+        return result;
+    if (!programLauncher()(commandLine, showState))
+        RaiseVbError(VbErr::FileNotFound);
+    return SE_OK;
+}
+
+void OpenWithDefaultProgram(const QString &path)
+{
+    try {
+        ShellOpen(QLatin1Char('"') + path + QLatin1Char('"'), 4);
+    } catch (const VbError &) {
+        MsgBox(QStringLiteral("No program is associated with this file-extension."), vbExclamation);
+    }
+}
+
+void ShowHelp()
+{
+    try {
+        OpenWithDefaultProgram(AppPath() + QStringLiteral("/documentation/help_index.htm"));
+    } catch (const VbError &e) {
+        MsgBox(QStringLiteral("Could not open help file, error: ") + QString::number(e.number), vbExclamation);
+    }
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+// The two parts of a command line: the file (or address) to open, and the parameters behind it.
+struct ShellCommand {
+    QString file;
+    QString parameters;
+};
+ShellCommand SplitShellCommand(const QString &commandLine);
+
+// The folder a file part runs in when the caller names none: the text up to its last separator, the
+// separator kept only for the root; the current folder when the file part has no separator.
+QString DeriveWorkingFolder(const QString &file);
+
+// Opens a document, a folder or an address with the desktop's program for it, or starts a program.
+// Returns a value above 32 on success, as the original's shell call does; below 32 a failure
+// (2 file not found, 31 no program associated). Falls back on starting the whole command line as a
+// program; a failure there raises error 53.
+long ShellOpen(const QString &commandLine, int showState, const QString &workingFolder = QString());
+
+// The launcher behind ShellOpen, replaced by tests to see what would be opened.
+struct ShellExecuteRequest {
+    QString file;
+    QString parameters;
+    QString workingFolder;
+    int showState = 0;
+};
+using ShellExecuteLauncher = std::function<long(const ShellExecuteRequest &)>;
+using ShellProgramLauncher = std::function<bool(const QString &commandLine, int showState)>;
+ShellExecuteLauncher SetShellExecuteLauncher(ShellExecuteLauncher launcher);
+ShellProgramLauncher SetShellProgramLauncher(ShellProgramLauncher launcher);
+// How documents and addresses reach the desktop (the screens hand them to Qt's desktop services).
+using DesktopOpener = std::function<bool(const QString &fileOrAddress)>;
+void SetDesktopOpener(DesktopOpener opener);
+
+// Opens a file with the program that the desktop associates with it; warns when there is none.
+void OpenWithDefaultProgram(const QString &path);
+// Opens the help index page of the application folder.
+void ShowHelp();

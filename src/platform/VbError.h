@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <exception>
+#include <functional>
+#include <initializer_list>
+
+// A failure with the runtime's number and description. Handlers dispatch on the number, exactly
+// as the screens' messages quote it.
+struct VbError final : std::exception {
+    long number = 0;
+    QString description;
+
+    VbError(long n, QString d) : number(n), description(std::move(d)) {}
+    const char *what() const noexcept override { return "VbError"; }
+};
+
+// Numbers raised by the platform layer.
+namespace VbErr {
+constexpr long InvalidCall = 5;
+constexpr long OutOfMemory = 7;
+constexpr long SubscriptOutOfRange = 9;
+constexpr long BadFileName = 52;
+constexpr long FileNotFound = 53;
+constexpr long FileAlreadyExists = 58;
+constexpr long DeviceUnavailable = 68;
+constexpr long PermissionDenied = 70;
+constexpr long PathFileAccess = 75;
+constexpr long PathNotFound = 76;
+constexpr long InvalidPropertyValue = 380;
+constexpr long InvalidRowValue = 30009;
+constexpr long InvalidColValue = 30010;
+} // namespace VbErr
+
+// Builds the failure for a number the runtime knows, with its usual description.
+VbError MakeVbError(long number);
+[[noreturn]] void RaiseVbError(long number);
+
+// "Carry on at the next statement" for the named numbers: runs one statement; a failure with one of
+// those numbers is swallowed, any other passes on. Returns the swallowed number, or 0.
+long ResumeNextOn(std::initializer_list<long> numbers, const std::function<void()> &statement);
+// The same for every number.
+long ResumeNext(const std::function<void()> &statement);
+
+// The end of the process. Tests that exercise a fatal road replace it (EndProcessHook), so the road can
+// be followed without losing the test program.
+[[noreturn]] void EndProcess(int code = 0);
+struct ProcessEnded {
+    int code;
+};
+using EndProcessHook = std::function<void(int)>;
+void SetEndProcessHook(EndProcessHook hook);
+
+// Runs an event handler. An unhandled failure becomes the platform's message, "Run-time error 'N':"
+// and the description, and the process ends, as in the original runtime.
+void RunHandler(const std::function<void()> &handler);
+// The same, but a test's ProcessEnded passes on to the caller.
+void RunHandlerOrEnd(const std::function<void()> &handler);
+
+// Connects an event handler through RunHandler. The handler may take fewer arguments than the signal.
+template <typename Sender, typename Signal, typename Handler>
+QMetaObject::Connection On(Sender *sender, Signal signal, const QObject *context, Handler handler)
+{
+    return QObject::connect(sender, signal, context,
+                            [handler](auto &&...args) -> decltype(handler(args...), void()) {
+                                RunHandler([&] { handler(args...); });
+                            });
+}

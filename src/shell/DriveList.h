@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QComboBox>
+
+// The list of drives: here the mounted volumes, optical discs first. Drive is the selected volume's
+// root path; setting it to something that names no volume raises 68 (device unavailable).
+class DriveList final : public QComboBox
+{
+    Q_OBJECT
+public:
+    explicit DriveList(QWidget *parent = nullptr);
+
+    QString Drive() const;
+    void setDrive(const QString &drive);
+    int ListIndex() const { return currentIndex(); }
+    void setListIndex(int index);
+    int ListCount() const { return count(); }
+    void Refresh();
+};

@@ -1,0 +1,320 @@
+#include "shell/MainMod.h"
+
+#include "platform/Events.h"
+#include "platform/FileSystem.h"
+#include "platform/IniProfile.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "shell/Progress.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <cmath>
+
+QString gClientCode;
+QString gClientName;
+QString gCatalogueNumber;
+QString gScanDrive;
+int32_t gFilesScanned = 0;
+QStringList gMediaFiles{QString()};
+QStringList gExternalFiles{QString()};
+QList<CheckedItem> gCheckedItems{CheckedItem{}};
+QStringList gExtensionList;
+
+// ---- lists -------------------------------------------------------------------------------------
+
+void ResetList(QStringList &list)
+{
+    list = QStringList{QString()};
+}
+
+void ResetList(QList<CheckedItem> &list)
+{
+    list = QList<CheckedItem>{CheckedItem{}};
+}
+
+bool ListIsEmpty(const QStringList &list)
+{
+    return list.isEmpty() || list.first().isEmpty();
+}
+
+bool ListIsEmpty(const QList<CheckedItem> &list)
+{
+    return list.isEmpty() || list.first().text.isEmpty();
+}
+
+void AppendToList(QStringList &list, const QString &item)
+{
+    if (ListIsEmpty(list)) {
+        if (list.isEmpty())
+            list.append(item);
+        else
+            list[0] = item;
+    } else {
+        list.append(item);
+    }
+}
+
+void FillExtensionList()
+{
+    gExtensionList = {".EXE", ".AVI", ".MOV", ".MPG", ".MPEG", ".ASF", ".WMV", ".WAV",
+                      ".MP3", ".AIF", ".BMP", ".JPG", ".GIF", ".TXT", ".NFO"};
+}
+
+void AddCheckedItem(const QString &text, const QString &kind)
+{
+    const CheckedItem item{text, kind, 0};
+    if (ListIsEmpty(gCheckedItems)) {
+        if (gCheckedItems.isEmpty())
+            gCheckedItems.append(item);
+        else
+            gCheckedItems[0] = item;
+    } else {
+        gCheckedItems.append(item);
+    }
+}
+
+// ---- paths and files ---------------------------------------------------------------------------
+
+QString FileNameOnly(const QString &path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 ? path : path.mid(slash + 1);
+}
+
+QString ExtensionOf(const QString &path)
+{
+    const int dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot < 0)
+        return QString();
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return dot > slash ? path.mid(dot + 1) : QString();
+}
+
+QString ShortenPath(const QString &path, int16_t max)
+{
+    if (path.size() <= max)
+        return path;
+    const QString name = FileNameOnly(path);
+    if (name.size() < max - 3)
+        return path.left(max - (name.size() + 3)) + QStringLiteral("...") + name;
+    return QStringLiteral("...") + path.right(std::max(0, max - 3));
+}
+
+QString ReplaceIllegalFileChars(const QString &text)
+{
+    static const QString illegal = QStringLiteral("\\/:<>?|\"*");
+    QString out = text;
+    for (QChar &c : out) {
+        if (illegal.contains(c))
+            c = QLatin1Char('_');
+    }
+    return out;
+}
+
+QString RemoveApostrophes(const QString &text)
+{
+    QString out = text;
+    return out.remove(QLatin1Char('\''));
+}
+
+QVariant NullToEmpty(const QVariant &value)
+{
+    return value.isNull() ? QVariant(QString()) : value;
+}
+
+bool FileExists(const QString &path)
+{
+    if (path.isEmpty())
+        return false;
+    const QFileInfo info(RealPath(path));
+    return info.exists() || info.isSymLink();
+}
+
+namespace {
+double folderSize(const QString &folder)
+{
+    QDir dir(folder.isEmpty() ? QStringLiteral("/") : folder);
+    if (!dir.exists())
+        return 0;
+    double total = 0;
+    const QFileInfoList entries =
+        dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo &e : entries) {
+        if (e.isDir()) {
+            if (!e.isSymLink()) // a link back up the tree would never end
+                total += folderSize(e.absoluteFilePath());
+            continue;
+        }
+        // Only the low 32 bits, read as a signed number: sizes of 2 GiB and more come out wrong.
+        const auto low = static_cast<uint32_t>(static_cast<uint64_t>(e.size()) & 0xFFFFFFFFu);
+        total += static_cast<int32_t>(low);
+    }
+    return total;
+}
+
+// Rounds half away from zero, as a "####" format does.
+long long roundHalfAway(double v)
+{
+    return static_cast<long long>(v < 0 ? std::ceil(v - 0.5) : std::floor(v + 0.5));
+}
+} // namespace
+
+double FolderSizeBytes(const QString &folder)
+{
+    return folderSize(RealPath(folder));
+}
+
+QString FileSizeText(const QString &path)
+{
+    const QFileInfo info(RealPath(path));
+    if (path.isEmpty() || !info.exists() || info.isDir())
+        return QStringLiteral("Error");
+    const qint64 length = info.size();
+    if (length == 0)
+        return QStringLiteral("0 KB");
+    const double kb = length / 1024.0;
+    // The zero test rounds to even; the text itself rounds half away from zero.
+    if (std::nearbyint(kb) == 0)
+        return QStringLiteral("1 KB");
+    return QString::number(roundHalfAway(kb)) + QStringLiteral(" KB");
+}
+
+QString ExtractFolder()
+{
+    return AppPath() + QStringLiteral("/extract");
+}
+
+QString FileIconKey(const QString &path)
+{
+    QString key;
+    const QString prefix = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
+    const bool inArchive = path.left(prefix.size()) == prefix;
+    bool hidden = false;
+    try {
+        ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] { hidden = IsHiddenFile(RealPath(path)); });
+    } catch (const VbError &e) {
+        MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occured."), vbExclamation);
+        return key;
+    }
+    if (inArchive)
+        key = QStringLiteral("Zip");
+    else if (hidden)
+        key = QStringLiteral("Hidden");
+    return key;
+}
+
+bool IsVideoFile(const QString &path)
+{
+    const QString t4 = path.right(4);
+    if (t4 == QLatin1String(".AVI") || t4 == QLatin1String(".MPG") || t4 == QLatin1String(".MPE") ||
+        t4 == QLatin1String(".ASF") || t4 == QLatin1String(".WMW") || t4 == QLatin1String(".MOV"))
+        return true;
+    if (path.right(5) == QLatin1String(".MPEG"))
+        return true;
+    return t4 == QLatin1String(".DAT") && path.right(18).startsWith(QLatin1String("MPEGAV/"));
+}
+
+bool IsAudioFile(const QString &path)
+{
+    const QString t4 = path.right(4);
+    return t4 == QLatin1String(".WAV") || t4 == QLatin1String(".AIF") || t4 == QLatin1String(".MP3");
+}
+
+bool IsImageFile(const QString &path)
+{
+    const QString t4 = path.right(4);
+    // The four-character tail against ".JPEG" never matches: .JPEG files are not counted as images.
+    return t4 == QLatin1String(".JPG") || t4 == QLatin1String(".BMP") || t4 == QLatin1String(".GIF") ||
+           t4 == QLatin1String(".JPEG");
+}
+
+bool IsTextFile(const QString &path)
+{
+    const QString t4 = path.right(4);
+    return t4 == QLatin1String(".TXT") || t4 == QLatin1String(".NFO") || t4 == QLatin1String(".INI") ||
+           path.right(3) == QLatin1String(".ME") || path.right(7) == QLatin1String(".README");
+}
+
+// ---- kevro.ini --------------------------------------------------------------------------------------
+
+QString IniFileName()
+{
+    return AppPath() + QStringLiteral("/kevro.ini");
+}
+
+QString ReadIniKey(const QString &section, const QString &key)
+{
+    return GetPrivateProfileString(section, key, QStringLiteral("Nowt"), 50, IniFileName());
+}
+
+void WriteIniKey(const QString &section, const QString &key, const QString &value)
+{
+    if (!WritePrivateProfileString(section, key, value, IniFileName()))
+        RaiseVbError(VbErr::PathFileAccess);
+}
+
+QString DeviceFromIniValue(const QString &value)
+{
+    if (value.startsWith(QLatin1Char('/')))
+        return value;
+    return value.left(1).toUpper() + QStringLiteral(":/");
+}
+
+// ---- the end of the program ----------------------------------------------------------------------
+
+void ResetExtractFolder()
+{
+    const QString text = QStringLiteral("Removing de-archived files...");
+    const QString folder = ExtractFolder();
+    const std::function<void()> steps[] = {
+        [&] { UpdateProgressBox(1, text); },
+        [] { DoEvents(); },
+        [&] { UpdateProgressBox(50, text); },
+        [&] { DeleteFolder(folder, true); },
+        [&] { UpdateProgressBox(99, text); },
+        [&] { CreateFolder(folder); },
+        [] { UnloadProgressBox(); },
+    };
+    for (const auto &step : steps) {
+        try {
+            step();
+        } catch (const VbError &e) {
+            if (e.number == -2147467259)
+                continue;
+            MsgBox(QStringLiteral("Error deleting and creating temp extract folder. Error #") +
+                       QString::number(e.number) + QStringLiteral(" Make sure all files in ") + folder +
+                       QStringLiteral(" are deleted before running KEVRO again.  Can not continue."),
+                   vbCritical);
+            EndProcess(1);
+        }
+    }
+}
+
+namespace {
+std::function<void()> &unlatcher()
+{
+    static std::function<void()> u;
+    return u;
+}
+} // namespace
+
+void SetMediaPlayerUnlatcher(std::function<void()> unlatch)
+{
+    unlatcher() = std::move(unlatch);
+}
+
+void UnlatchMediaPlayers()
+{
+    if (unlatcher())
+        unlatcher()();
+}
+
+void ExitApplication()
+{
+    UnlatchMediaPlayers();
+    ResetExtractFolder();
+    EndProcess(0);
+}

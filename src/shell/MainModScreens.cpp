@@ -1,0 +1,101 @@
+#include "shell/MainModScreens.h"
+
+#include "platform/Events.h"
+#include "platform/MsgBoxDialog.h"
+#include "platform/ShellOpen.h"
+#include "review/FlexGrid.h"
+#include "shell/Forms.h"
+#include "shell/Progress.h"
+#include "shell/frmAbout.h"
+#include "shell/frmOptions.h"
+#include "shell/frmProgressBox.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QUrl>
+
+void InstallScreenServices()
+{
+    InstallMsgBoxDialogs();
+    SetProgressSink({[](int percent, const QString &text) {
+                         auto *box = Forms::get<frmProgressBox>();
+                         box->lblStatus->setText(text);
+                         box->ProgressBar->setValue(percent);
+                         if (!box->isVisible())
+                             box->show();
+                     },
+                     [] { Forms::unload<frmProgressBox>(); }});
+    SetDesktopOpener([](const QString &target) {
+        const QUrl url = QFileInfo(target).isAbsolute() ? QUrl::fromLocalFile(target) : QUrl(target);
+        return QDesktopServices::openUrl(url);
+    });
+}
+
+void ShowOptions(Form *form)
+{
+    auto *options = Forms::get<frmOptions>();
+    options->setLeft(form->Left() + form->Width() / 2 - form->Width() / 4 - 300);
+    options->setTop(form->Top() + form->Height() / 2 - form->Height() / 4 - 300);
+    options->ShowModal();
+}
+
+void ShowAboutBox(Form *form)
+{
+    auto *about = Forms::get<frmAbout>();
+    about->setLeft(form->Left() + form->Width() / 2 - about->Width() / 2);
+    about->setTop(form->Top() + form->Height() / 2 - about->Height() / 2);
+    about->show();
+}
+
+void FlexGridEditStart(FlexGrid *grid, QLineEdit *editBox, int keyAscii)
+{
+    if (keyAscii >= 0 && keyAscii <= 32) {
+        editBox->setText(grid->Text());
+        editBox->setCursorPosition(std::min<int>(1000, editBox->text().size()));
+    } else {
+        editBox->setText(QString(QChar(keyAscii)));
+        editBox->setCursorPosition(1);
+    }
+    PlaceTw(editBox, LeftTw(grid) + grid->CellLeft(), TopTw(grid) + grid->CellTop(), grid->CellWidth() - 8,
+            grid->CellHeight() - 8);
+    editBox->raise();
+    editBox->show();
+    editBox->setFocus();
+}
+
+void FlexGridEditKeyCode(FlexGrid *grid, QLineEdit *editBox, int keyCode, int)
+{
+    switch (keyCode) {
+    case 27:
+        editBox->hide();
+        grid->setFocus();
+        break;
+    case 13:
+        grid->setFocus();
+        break;
+    case 38:
+        grid->setFocus();
+        DoEvents();
+        if (grid->Row() > grid->FixedRows())
+            grid->setRow(grid->Row() - 1);
+        break;
+    case 40:
+        grid->setFocus();
+        DoEvents();
+        if (grid->Row() < grid->Rows() - 1)
+            grid->setRow(grid->Row() + 1);
+        break;
+    case 39:
+        grid->setFocus();
+        DoEvents();
+        // Bounded by Cols, not Cols - 1: in the last column the step is tried and fails.
+        if (grid->Col() < grid->Cols())
+            grid->setCol(grid->Col() + 1);
+        break;
+    default:
+        break;
+    }
+}

@@ -1,0 +1,126 @@
+#include "shell/frmOptions.h"
+
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "shell/DriveList.h"
+#include "shell/MainMod.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace {
+template <class T> T *named(T *w, const char *name)
+{
+    w->setObjectName(QLatin1String(name));
+    return w;
+}
+} // namespace
+
+frmOptions::frmOptions()
+{
+    setObjectName(QStringLiteral("frmOptions"));
+    setWindowTitle(QStringLiteral("Options"));
+    setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+    auto *central = new QWidget(this);
+    setCentralWidget(central);
+    setFixedSize(TwipsToPixels(6180), TwipsToPixels(4620));
+
+    lblDefaultScanDevice = named(new QLabel(QStringLiteral("Default &Scan Device:"), central), "lblDefaultScanDevice");
+    PlaceTw(lblDefaultScanDevice, 240, 270, 1950, 300);
+    Drive1 = named(new DriveList(central), "Drive1");
+    lblDefaultScanDevice->setBuddy(Drive1);
+    PlaceTw(Drive1, 2220, 210, 3720, 390);
+
+    fraDefaultReportType = named(new QGroupBox(QStringLiteral("Default Report Type"), central), "fraDefaultReportType");
+    PlaceTw(fraDefaultReportType, 240, 780, 2760, 1230);
+    optText = named(new QRadioButton(QStringLiteral("Plain Text"), fraDefaultReportType), "optText");
+    PlaceTw(optText, 240, 390, 2300, 330);
+    optHTML = named(new QRadioButton(QStringLiteral("HTML"), fraDefaultReportType), "optHTML");
+    PlaceTw(optHTML, 240, 765, 2300, 330);
+
+    fraReportContent = named(new QGroupBox(QStringLiteral("Report Content"), central), "fraReportContent");
+    PlaceTw(fraReportContent, 3180, 780, 2760, 1230);
+    optCheckedFiles = named(new QRadioButton(QStringLiteral("Checked Files"), fraReportContent), "optCheckedFiles");
+    PlaceTw(optCheckedFiles, 240, 390, 2300, 330);
+    optAllFiles = named(new QRadioButton(QStringLiteral("All Files"), fraReportContent), "optAllFiles");
+    PlaceTw(optAllFiles, 240, 765, 2300, 330);
+
+    fraCompression = named(new QGroupBox(QStringLiteral("Compression Options"), central), "fraCompression");
+    PlaceTw(fraCompression, 240, 2160, 5700, 1500);
+    chkCheckCompressedFiles =
+        named(new QCheckBox(QStringLiteral("Check Compressed Files"), fraCompression), "chkCheckCompressedFiles");
+    chkCheckCompressedFiles->setChecked(true);
+    PlaceTw(chkCheckCompressedFiles, 240, 390, 3000, 330);
+    lblExtractFolder = named(new QLabel(QStringLiteral("Extract Folder:"), fraCompression), "lblExtractFolder");
+    PlaceTw(lblExtractFolder, 240, 900, 1260, 300);
+    txtExtractFolder = named(new QLineEdit(fraCompression), "txtExtractFolder");
+    txtExtractFolder->setReadOnly(true);
+    PlaceTw(txtExtractFolder, 1500, 840, 2940, 390);
+    cmdBrowse = named(new QPushButton(QStringLiteral("&Browse"), fraCompression), "cmdBrowse");
+    PlaceTw(cmdBrowse, 4560, 825, 960, 420);
+
+    cmdOK = named(new QPushButton(QStringLiteral("OK"), central), "cmdOK");
+    cmdOK->setDefault(true);
+    PlaceTw(cmdOK, 3420, 3900, 1200, 450);
+    cmdCancel = named(new QPushButton(QStringLiteral("&Cancel"), central), "cmdCancel");
+    PlaceTw(cmdCancel, 4740, 3900, 1200, 450);
+
+    On(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
+    On(cmdCancel, &QPushButton::clicked, this, [this] { Unload(); });
+    // cmdBrowse has no action: the extract folder is fixed.
+}
+
+void frmOptions::Form_Load()
+{
+    try {
+        const QString type = ReadIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportType ")).toUpper().left(4);
+        if (type == QLatin1String("HTML"))
+            optHTML->setChecked(true);
+        else if (type == QLatin1String("TEXT"))
+            optText->setChecked(true);
+
+        const QString content =
+            ReadIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportContent ")).toUpper().left(3);
+        if (content == QLatin1String("ALL"))
+            optAllFiles->setChecked(true);
+        else if (content == QLatin1String("CHK"))
+            optCheckedFiles->setChecked(true);
+
+        Drive1->setDrive(DeviceFromIniValue(ReadIniKey(QStringLiteral("Devices"), QStringLiteral("DefaultDevice "))));
+        txtExtractFolder->setText(ExtractFolder());
+    } catch (const VbError &e) {
+        if (e.number == VbErr::DeviceUnavailable) {
+            MsgBox(QStringLiteral("Default device not currently available."), vbCritical);
+            // The second entry; a machine with a single volume keeps its only one.
+            Drive1->setListIndex(std::min(1, Drive1->ListCount() - 1));
+        } else {
+            MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
+                       QStringLiteral(" occured - can not show options."),
+                   vbExclamation);
+        }
+    }
+}
+
+void frmOptions::cmdOK_Click()
+{
+    try {
+        WriteIniKey(QStringLiteral("Devices"), QStringLiteral("DefaultDevice"), Drive1->Drive());
+        QString type = QStringLiteral("HTML");
+        if (optHTML->isChecked())
+            type = QStringLiteral("HTML");
+        else if (optText->isChecked())
+            type = QStringLiteral("TEXT");
+        WriteIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportType"), type);
+        WriteIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportContent"),
+                    optAllFiles->isChecked() ? QStringLiteral("ALL") : QStringLiteral("CHK"));
+        Unload();
+    } catch (const VbError &) {
+        MsgBox(QStringLiteral("Could not write to ") + AppTitle() + QStringLiteral(" Configuration file"),
+               vbCritical);
+    }
+}

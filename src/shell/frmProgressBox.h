@@ -1,0 +1,17 @@
+#pragma once
+
+#include "shell/Form.h"
+
+class QLabel;
+class QProgressBar;
+
+// The box that long operations share; driven by UpdateProgressBox.
+class frmProgressBox final : public Form
+{
+    Q_OBJECT
+public:
+    frmProgressBox();
+
+    QLabel *lblStatus;
+    QProgressBar *ProgressBar;
+};

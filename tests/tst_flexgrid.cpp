@@ -1,0 +1,329 @@
+// The grid as the screens drive it: block writes into a selection (with the review fill's overlap),
+// sorts, cell pictures, rows added and removed, the mouse, and in-cell editing.
+
+#include "TestSupport.h"
+
+#include "platform/VbError.h"
+#include "review/FlexGrid.h"
+#include "shell/Form.h"
+#include "shell/MainModScreens.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+
+class TestFlexGrid final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void clipWritesIntoTheSelection();
+    void reviewFillOverlapsBlocks();
+    void exactlyOneBlock();
+    void sorts();
+    void cellPicturesTravelWithRows();
+    void rowsAddedAndRemoved();
+    void mouseOverHeadingAndRows();
+    void inCellEditing();
+
+private:
+    static QPixmap dot(Qt::GlobalColor c)
+    {
+        QPixmap p(8, 8);
+        p.fill(c);
+        return p;
+    }
+    // The review screens' fill: blocks of at most 500 rows through Clip, the heading first.
+    static void reviewFill(FlexGrid &grid, const QStringList &names);
+};
+
+void TestFlexGrid::clipWritesIntoTheSelection()
+{
+    FlexGrid grid;
+    grid.setCols(4);
+    grid.setRows(4);
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c)
+            grid.setTextMatrix(r, c, QString("%1%2").arg(r).arg(c));
+    grid.setRow(1);
+    grid.setCol(1);
+    grid.setRowSel(2);
+    grid.setColSel(2);
+    QCOMPARE(grid.Clip(), QString("11\t12\r21\t22"));
+    // Columns and rows past the selection are dropped; cells the text does not reach keep their text.
+    grid.setClip("a\tb\tEXTRA\rc\rDROPPED\tROW");
+    QCOMPARE(grid.TextMatrix(1, 1), QString("a"));
+    QCOMPARE(grid.TextMatrix(1, 2), QString("b"));
+    QCOMPARE(grid.TextMatrix(1, 3), QString("13"));
+    QCOMPARE(grid.TextMatrix(2, 1), QString("c"));
+    QCOMPARE(grid.TextMatrix(2, 2), QString("22"));
+    QCOMPARE(grid.TextMatrix(3, 1), QString("31"));
+    // Setting Row and Col makes the current cell the selection again.
+    grid.setRow(3);
+    grid.setCol(0);
+    QCOMPARE(grid.RowSel(), 3);
+    QCOMPARE(grid.ColSel(), 0);
+    QCOMPARE(grid.Clip(), QString("30"));
+}
+
+void TestFlexGrid::reviewFill(FlexGrid &grid, const QStringList &names)
+{
+    grid.setRedraw(false);
+    grid.setCols(4);
+    int total = 0, batch = 0;
+    QString buffer = "\tPath\tFile Name\tFile Size\r";
+    for (int i = 0; i < names.size(); ++i) {
+        buffer += "\t/D/" + names[i] + "\t" + names[i] + "\t1 KB\t\r";
+        ++total;
+        ++batch;
+        if (i == names.size() - 1 || batch == 500) {
+            grid.setRows(total + 1);
+            grid.setRow(total - batch);
+            grid.setCol(0);
+            grid.setRowSel(total);
+            grid.setColSel(3);
+            grid.setClip(buffer);
+            buffer.clear();
+            batch = 0;
+        }
+    }
+    if (grid.Rows() > 1)
+        grid.setFixedRows(1);
+    grid.setRedraw(true);
+}
+
+void TestFlexGrid::reviewFillOverlapsBlocks()
+{
+    QStringList names;
+    for (int i = 1; i <= 501; ++i)
+        names << QString("F%1.JPG").arg(i, 4, 10, QChar('0'));
+    FlexGrid grid;
+    reviewFill(grid, names);
+    QCOMPARE(grid.Rows(), 502);
+    QCOMPARE(grid.TextMatrix(0, 1), QString("Path"));
+    QCOMPARE(grid.TextMatrix(499, 2), QString("F0499.JPG"));
+    // The second block starts on the last row the first one wrote...
+    QCOMPARE(grid.TextMatrix(500, 2), QString("F0501.JPG"));
+    // ...so row 500 of the first block is gone and the final row stays blank.
+    QCOMPARE(grid.TextMatrix(501, 2), QString(""));
+    // The screens' sort brings the blank row to the top, where they remove it.
+    grid.setCol(2);
+    grid.setSort(FlexGrid::flexSortGenericAscending);
+    QCOMPARE(grid.TextMatrix(1, 1), QString(""));
+    QCOMPARE(grid.TextMatrix(0, 2), QString("File Name"));
+    grid.setRow(1);
+    grid.RemoveItem(1);
+    QCOMPARE(grid.Rows(), 501);
+    QCOMPARE(grid.TextMatrix(1, 2), QString("F0001.JPG"));
+    QCOMPARE(grid.TextMatrix(500, 2), QString("F0501.JPG"));
+}
+
+void TestFlexGrid::exactlyOneBlock()
+{
+    QStringList names;
+    for (int i = 1; i <= 500; ++i)
+        names << QString("F%1.JPG").arg(i);
+    FlexGrid grid;
+    reviewFill(grid, names);
+    QCOMPARE(grid.Rows(), 501);
+    QCOMPARE(grid.TextMatrix(500, 2), QString("F500.JPG"));
+    QCOMPARE(grid.FixedRows(), 1);
+}
+
+void TestFlexGrid::sorts()
+{
+    FlexGrid grid;
+    grid.setCols(3);
+    grid.setRows(1);
+    grid.setTextMatrix(0, 1, "File Name");
+    grid.setTextMatrix(0, 2, "File Size");
+    for (const auto &[name, size] : {std::pair{"beta.txt", "10 KB"}, {"Alpha.txt", "9 KB"}, {"gamma.txt", "100 KB"},
+                                     {"10", "0 KB"}, {"9", "1 KB"}})
+        grid.AddItem(QString("\t%1\t%2").arg(name, size));
+    auto column = [&](int c) {
+        QStringList out;
+        for (int r = 1; r < grid.Rows(); ++r)
+            out << grid.TextMatrix(r, c);
+        return out;
+    };
+    grid.setCol(1);
+    grid.setSort(FlexGrid::flexSortGenericAscending);
+    // Numbers as numbers, words without regard to case; the heading row stays where it is.
+    QCOMPARE(column(1), (QStringList{"9", "10", "Alpha.txt", "beta.txt", "gamma.txt"}));
+    QCOMPARE(grid.TextMatrix(0, 1), QString("File Name"));
+    grid.setSort(FlexGrid::flexSortGenericDescending);
+    QCOMPARE(column(1), (QStringList{"gamma.txt", "beta.txt", "Alpha.txt", "10", "9"}));
+    // Numeric sorts read the leading number of the size text.
+    grid.setCol(2);
+    grid.setSort(FlexGrid::flexSortNumericAscending);
+    QCOMPARE(column(2), (QStringList{"0 KB", "1 KB", "9 KB", "10 KB", "100 KB"}));
+    grid.setSort(FlexGrid::flexSortNumericDescending);
+    QCOMPARE(column(2), (QStringList{"100 KB", "10 KB", "9 KB", "1 KB", "0 KB"}));
+    QCOMPARE(column(1).first(), QString("gamma.txt"));
+}
+
+void TestFlexGrid::cellPicturesTravelWithRows()
+{
+    FlexGrid grid;
+    grid.setCols(3);
+    grid.setRows(1);
+    grid.AddItem("Zip\t/D/B.EXE\tB.EXE");
+    grid.AddItem("Hidden\t/D/A.EXE\tA.EXE");
+    grid.AddItem("\t/D/C.EXE\tC.EXE");
+    grid.setRow(1);
+    grid.setCol(0);
+    grid.setText("");
+    grid.setCellPicture(dot(Qt::yellow));
+    grid.setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
+    QVERIFY(grid.HasCellPicture(1, 0));
+    QCOMPARE(grid.CellPictureAlignment(), int(FlexGrid::flexAlignCenterCenter));
+    QVERIFY(!grid.HasCellPicture(2, 0));
+    grid.setCol(2);
+    grid.setSort(FlexGrid::flexSortGenericAscending);
+    // B.EXE moved to row 2 with its picture.
+    QCOMPARE(grid.TextMatrix(2, 2), QString("B.EXE"));
+    QVERIFY(grid.HasCellPicture(2, 0));
+    QVERIFY(!grid.HasCellPicture(1, 0));
+    grid.RemoveItem(1);
+    QVERIFY(grid.HasCellPicture(1, 0));
+    grid.Clear();
+    QVERIFY(!grid.HasCellPicture(1, 0));
+    QCOMPARE(grid.Rows(), 3);
+    QCOMPARE(grid.TextMatrix(1, 2), QString(""));
+}
+
+void TestFlexGrid::rowsAddedAndRemoved()
+{
+    FlexGrid grid;
+    QCOMPARE(grid.Rows(), 2);
+    QCOMPARE(grid.Cols(), 2);
+    QCOMPARE(grid.FixedRows(), 1);
+    grid.setCols(3);
+    grid.AddItem("a\tb\tc\td"); // the extra field is dropped
+    QCOMPARE(grid.Rows(), 3);
+    QCOMPARE(grid.TextMatrix(2, 2), QString("c"));
+    grid.AddItem("first", 1);
+    QCOMPARE(grid.TextMatrix(1, 0), QString("first"));
+    grid.setRows(0);
+    QCOMPARE(grid.Rows(), 0);
+    QCOMPARE(grid.FixedRows(), 0);
+    try {
+        grid.TextMatrix(0, 0);
+        QFAIL("no such cell");
+    } catch (const VbError &e) {
+        QCOMPARE(e.number, 381L);
+    }
+    try {
+        grid.setRow(5);
+        QFAIL("no such row");
+    } catch (const VbError &e) {
+        QCOMPARE(e.number, long(VbErr::InvalidRowValue));
+    }
+    grid.setRows(3);
+    grid.setColWidth(1, 0);
+    QVERIFY(grid.isColumnHidden(1));
+    grid.setColWidth(1, 1500);
+    QVERIFY(!grid.isColumnHidden(1));
+    QCOMPARE(grid.ColWidth(1), 1500L);
+    grid.setColAlignment(2, FlexGrid::flexAlignLeftCenter);
+    QCOMPARE(grid.ColAlignment(2), int(FlexGrid::flexAlignLeftCenter));
+}
+
+void TestFlexGrid::mouseOverHeadingAndRows()
+{
+    FlexGrid grid;
+    grid.setCols(3);
+    grid.setRows(1);
+    for (int i = 0; i < 6; ++i)
+        grid.AddItem(QString("x\t/D/%1\t%1").arg(i));
+    grid.setTextMatrix(0, 1, "Path");
+    grid.resize(400, 300);
+    grid.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&grid));
+    QSignalSpy ups(&grid, &FlexGrid::MouseUp);
+    QSignalSpy changes(&grid, &FlexGrid::RowColChange);
+
+    // A click on the heading: MouseRow 0, the column under the mouse.
+    QWidget *header = grid.horizontalHeader()->viewport();
+    QTest::mouseClick(header, Qt::LeftButton, {},
+                      QPoint(grid.columnViewportPosition(2) + 5, header->height() / 2));
+    QCOMPARE(grid.MouseRow(), 0);
+    QCOMPARE(grid.MouseCol(), 2);
+    QCOMPARE(ups.size(), 1);
+    QCOMPARE(ups[0][0].toInt(), 1);
+
+    // A click on the third data row makes it the current row.
+    const QPoint third(grid.columnViewportPosition(1) + 5, grid.rowViewportPosition(2) + 3);
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, third);
+    QCOMPARE(grid.Row(), 3);
+    QCOMPARE(grid.Col(), 1);
+    QCOMPARE(grid.MouseRow(), 3);
+    QVERIFY(!changes.isEmpty());
+
+    // Dragging down stretches the selection; the current row stays until the screen moves it.
+    const QPoint fifth(third.x(), grid.rowViewportPosition(4) + 3);
+    QTest::mousePress(grid.viewport(), Qt::LeftButton, {}, third);
+    QMouseEvent move(QEvent::MouseMove, fifth, grid.viewport()->mapToGlobal(fifth), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(grid.viewport(), &move);
+    QTest::mouseRelease(grid.viewport(), Qt::LeftButton, {}, fifth);
+    QCOMPARE(grid.Row(), 3);
+    QCOMPARE(grid.RowSel(), 5);
+
+    // Below the last row the mouse counts as over the last row.
+    QTest::mouseClick(grid.viewport(), Qt::RightButton, {}, QPoint(5, grid.viewport()->height() - 2));
+    QCOMPARE(grid.MouseRow(), grid.Rows() - 1);
+}
+
+void TestFlexGrid::inCellEditing()
+{
+    QWidget form;
+    form.resize(500, 300);
+    auto *grid = new FlexGrid(&form);
+    grid->setGeometry(20, 30, 400, 200);
+    grid->setCols(3);
+    grid->setRows(4);
+    grid->setTextMatrix(2, 1, "Microsoft");
+    auto *edit = new QLineEdit(&form);
+    edit->hide();
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    grid->setRow(2);
+    grid->setCol(1);
+
+    // A key at or below 32 edits the cell's own text with the caret at its end...
+    FlexGridEditStart(grid, edit, 13);
+    QCOMPARE(edit->text(), QString("Microsoft"));
+    QCOMPARE(edit->cursorPosition(), 9);
+    QVERIFY(edit->isVisible());
+    // ...placed over the cell, a little smaller than it.
+    QCOMPARE(LeftTw(edit), LeftTw(grid) + grid->CellLeft());
+    QCOMPARE(TopTw(edit), TopTw(grid) + grid->CellTop());
+    QVERIFY(WidthTw(edit) <= grid->CellWidth());
+    // Any other key starts the text over with that character.
+    FlexGridEditStart(grid, edit, 'M');
+    QCOMPARE(edit->text(), QString("M"));
+    QCOMPARE(edit->cursorPosition(), 1);
+
+    FlexGridEditKeyCode(grid, edit, 40, 0);
+    QCOMPARE(grid->Row(), 3);
+    FlexGridEditKeyCode(grid, edit, 40, 0); // the last row stays
+    QCOMPARE(grid->Row(), 3);
+    grid->setRow(1);
+    FlexGridEditKeyCode(grid, edit, 38, 0); // the first row below the heading stays too
+    QCOMPARE(grid->Row(), 1);
+    FlexGridEditKeyCode(grid, edit, 27, 0);
+    QVERIFY(!edit->isVisible());
+    // Right in the last column is tried and fails.
+    grid->setCol(2);
+    try {
+        FlexGridEditKeyCode(grid, edit, 39, 0);
+        QFAIL("the step past the last column must fail");
+    } catch (const VbError &e) {
+        QCOMPARE(e.number, long(VbErr::InvalidColValue));
+    }
+}
+
+QTEST_MAIN(TestFlexGrid)
+#include "tst_flexgrid.moc"

@@ -1,0 +1,302 @@
+// The platform layer: the profile file, the shell's opening of files, message boxes, failures with
+// their numbers, the paths of stored names, and the extract folder's reset.
+
+#include "TestSupport.h"
+
+#include "platform/Events.h"
+#include "platform/FileSystem.h"
+#include "platform/IniProfile.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/ShellOpen.h"
+#include "platform/VbError.h"
+#include "shell/MainMod.h"
+#include "shell/Progress.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTest>
+#include <QTimer>
+
+class TestPlatform final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void profileReads();
+    void profileWrites();
+    void shellCommandSplitting_data();
+    void shellCommandSplitting();
+    void workingFolder();
+    void shellOpenFallsBackAndWarns();
+    void shellOpenStartsARealProgram();
+    void responderRecordsAndAnswers();
+    void failuresCarryTheirNumbers();
+    void realPaths();
+    void pausePumpsEvents();
+    void resetExtractFolderEmptiesEverything();
+    void resetExtractFolderMissingIsFatal();
+
+private:
+    TempAppFolder m_app;
+};
+
+void TestPlatform::profileReads()
+{
+    const QString ini = m_app.file("read.ini");
+    QCOMPARE(GetPrivateProfileString("Reports", "DefaultReportType ", "Nowt", 50, ini), QString("Nowt"));
+    WriteTestFile(ini, "; comment line\r\n"
+                       "[devices]\r\n"
+                       "  DefaultDevice  =  /media/cdrom  \r\n"
+                       "[Reports]\r\n"
+                       "defaultreporttype=html\r\n"
+                       "Quoted=\"  padded  \"\r\n"
+                       "Long=" + QByteArray(60, 'x') + "\r\n");
+    // Sections and keys whatever their case; a key asked with a trailing blank is found.
+    QCOMPARE(GetPrivateProfileString("Devices", "DefaultDevice ", "Nowt", 50, ini), QString("/media/cdrom"));
+    QCOMPARE(GetPrivateProfileString("Reports", "DefaultReportType ", "Nowt", 50, ini), QString("html"));
+    QCOMPARE(GetPrivateProfileString("Reports", "Quoted", "Nowt", 50, ini), QString("  padded  "));
+    // The buffer of 50 keeps 49 characters.
+    QCOMPARE(GetPrivateProfileString("Reports", "Long", "Nowt", 50, ini), QString(49, 'x'));
+    QCOMPARE(GetPrivateProfileString("Reports", "DefaultDevice", "Nowt", 50, ini), QString("Nowt"));
+    QCOMPARE(GetPrivateProfileString("Missing", "Key", "Nowt", 3, ini), QString("No"));
+}
+
+void TestPlatform::profileWrites()
+{
+    const QString ini = m_app.file("write/kevro.ini");
+    QDir().mkpath(m_app.file("write"));
+    // A write creates the file, in the classic form a person can edit.
+    QVERIFY(WritePrivateProfileString("Devices", "DefaultDevice", "/media/cdrom", ini));
+    QVERIFY(WritePrivateProfileString("Reports", "DefaultReportType", "HTML", ini));
+    QVERIFY(WritePrivateProfileString("Reports", "DefaultReportContent", "ALL", ini));
+    QCOMPARE(ReadTestFile(ini), QByteArray("[Devices]\r\nDefaultDevice=/media/cdrom\r\n"
+                                           "[Reports]\r\nDefaultReportType=HTML\r\nDefaultReportContent=ALL\r\n"));
+    // A second write replaces the value in place, whatever case the key was written in.
+    QVERIFY(WritePrivateProfileString("reports", "defaultreporttype", "TEXT", ini));
+    QCOMPARE(GetPrivateProfileString("Reports", "DefaultReportType ", "Nowt", 50, ini), QString("TEXT"));
+    QCOMPARE(ReadTestFile(ini).count("ReportType"), 1);
+
+    // A hand-edited file keeps its comments, blank lines and line ends.
+    const QString edited = WriteTestFile(m_app.file("write/edited.ini"),
+                                         "# plant station 3\n[Devices]\nDefaultDevice=/media/cdrom\n\n[Other]\nA=1\n");
+    QVERIFY(WritePrivateProfileString("Devices", "Added", "yes", edited));
+    QCOMPARE(ReadTestFile(edited),
+             QByteArray("# plant station 3\n[Devices]\nDefaultDevice=/media/cdrom\nAdded=yes\n\n[Other]\nA=1\n"));
+
+    // A profile that cannot be written reports it and is left as it was.
+    QDir().mkpath(m_app.file("write/folder.ini"));
+    QVERIFY(!WritePrivateProfileString("Devices", "DefaultDevice", "/", m_app.file("write/folder.ini")));
+    QVERIFY(!WritePrivateProfileString("Devices", "DefaultDevice", "/", m_app.file("no/such/folder/k.ini")));
+}
+
+void TestPlatform::shellCommandSplitting_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("parameters");
+    QTest::newRow("quoted with blanks") << "\"/media/cd rom/read me.txt\"" << "/media/cd rom/read me.txt" << "";
+    QTest::newRow("quoted and parameters") << "\"/opt/my app/run\"   -a -b" << "/opt/my app/run" << "-a -b";
+    QTest::newRow("plain and parameters") << "/usr/bin/prog  --x y" << "/usr/bin/prog" << "--x y";
+    QTest::newRow("plain alone") << "/usr/bin/prog" << "/usr/bin/prog" << "";
+    QTest::newRow("one quote only") << "\"/a b" << "\"/a" << "b";
+    QTest::newRow("address") << "https://example.org/search?q=x" << "https://example.org/search?q=x" << "";
+}
+
+void TestPlatform::shellCommandSplitting()
+{
+    QFETCH(QString, command);
+    const ShellCommand c = SplitShellCommand(command);
+    QFETCH(QString, file);
+    QCOMPARE(c.file, file);
+    QFETCH(QString, parameters);
+    QCOMPARE(c.parameters, parameters);
+}
+
+void TestPlatform::workingFolder()
+{
+    QCOMPARE(DeriveWorkingFolder("/media/cdrom/SETUP.EXE"), QString("/media/cdrom"));
+    QCOMPARE(DeriveWorkingFolder("/SETUP.EXE"), QString("/")); // the root keeps its separator
+    QCOMPARE(DeriveWorkingFolder("SETUP.EXE"), QDir::currentPath());
+}
+
+void TestPlatform::shellOpenFallsBackAndWarns()
+{
+    MsgBoxResponder boxes;
+    QList<ShellExecuteRequest> opened;
+    QStringList started;
+    auto oldExec = SetShellExecuteLauncher([&](const ShellExecuteRequest &r) {
+        opened << r;
+        return 31L; // nothing associated
+    });
+    auto oldProg = SetShellProgramLauncher([&](const QString &line, int) {
+        started << line;
+        return false;
+    });
+    OpenWithDefaultProgram("/media/cd rom/FILE.XYZ");
+    QCOMPARE(opened.size(), 1);
+    QCOMPARE(opened[0].file, QString("/media/cd rom/FILE.XYZ"));
+    QCOMPARE(opened[0].workingFolder, QString("/media/cd rom"));
+    QCOMPARE(opened[0].showState, 4);
+    QCOMPARE(started, QStringList{"\"/media/cd rom/FILE.XYZ\""});
+    QCOMPARE(boxes.prompts(), QStringList{"No program is associated with this file-extension."});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+    SetShellExecuteLauncher(oldExec);
+    SetShellProgramLauncher(oldProg);
+
+    // The real launcher: a file that is not there is not opened, and the operator is told.
+    boxes.clear();
+    OpenWithDefaultProgram(m_app.file("not-there.pdf"));
+    QCOMPARE(boxes.prompts(), QStringList{"No program is associated with this file-extension."});
+}
+
+void TestPlatform::shellOpenStartsARealProgram()
+{
+    MsgBoxResponder boxes;
+    const QString marker = m_app.file("started.txt");
+    const QString script = WriteTestFile(m_app.file("tools dir/run me.sh"),
+                                         "#!/bin/sh\npwd > \"" + marker.toUtf8() + "\"\n");
+    QFile::setPermissions(script, QFile::permissions(script) | QFileDevice::ExeOwner);
+    QVERIFY(ShellOpen("\"" + script + "\"", 4) > 32);
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker) && !ReadTestFile(marker).isEmpty(), 10000);
+    // It ran in its own folder.
+    QCOMPARE(ReadTestFile(marker).trimmed(), m_app.file("tools dir").toUtf8());
+    QVERIFY(boxes.boxes().isEmpty());
+}
+
+void TestPlatform::responderRecordsAndAnswers()
+{
+    int answer = 0;
+    {
+        MsgBoxResponder outer;
+        {
+            MsgBoxResponder inner;
+            inner.queue(vbNo);
+            QCOMPARE(MsgBox("Delete it?", vbYesNo + vbExclamation, "Confirm"), int(vbNo));
+            QCOMPARE(MsgBox("Again?", 52), int(vbYes)); // an empty queue answers the first button
+            QCOMPARE(inner.boxes().size(), 2);
+            QCOMPARE(inner.boxes()[0].title, QString("Confirm"));
+            QCOMPARE(inner.boxes()[0].buttons(), int(vbYesNo));
+            QCOMPARE(inner.boxes()[1].title, AppTitle());
+            QCOMPARE(inner.boxes()[1].icon(), int(vbExclamation));
+        }
+        // The outer responder is back once the inner one is gone.
+        answer = MsgBox("Saved.", vbInformation);
+        QCOMPARE(outer.prompts(), QStringList{"Saved."});
+    }
+    QCOMPARE(answer, int(vbOK));
+}
+
+void TestPlatform::failuresCarryTheirNumbers()
+{
+    // Carry on at the next statement for the named numbers only.
+    QCOMPARE(ResumeNextOn({53, 52}, [] { RaiseVbError(53); }), 53L);
+    QCOMPARE(ResumeNextOn({53}, [] {}), 0L);
+    try {
+        ResumeNextOn({53}, [] { RaiseVbError(68); });
+        QFAIL("68 must pass on");
+    } catch (const VbError &e) {
+        QCOMPARE(e.number, 68L);
+        QCOMPARE(e.description, QString("Device unavailable"));
+    }
+
+    // An unhandled failure in a handler: the platform's message, then the end of the process.
+    MsgBoxResponder boxes;
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    QObject sender;
+    On(&sender, &QObject::objectNameChanged, &sender, [] { RaiseVbError(VbErr::FileNotFound); });
+    sender.setObjectName("go");
+    QCOMPARE(boxes.prompts(), QStringList{"Run-time error '53':\n\nFile not found"});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    QCOMPARE(ended, QList<int>{1});
+    // A handler may take fewer arguments than its signal carries.
+    QString seen;
+    On(&sender, &QObject::objectNameChanged, &sender, [&](const QString &n) { seen = n; });
+    sender.setObjectName("named");
+    QCOMPARE(seen, QString("named"));
+    SetEndProcessHook(nullptr);
+}
+
+void TestPlatform::realPaths()
+{
+    const QString real = WriteTestFile(m_app.file("Disc/Mixed Case/Setup.exe"), "MZ");
+    const QString stored = real.toUpper();
+    QCOMPARE(RealPath(stored), real); // resolved name by name
+    QCOMPARE(RealPath(real), real);
+    QCOMPARE(RealPath("/NO/SUCH/PLACE"), QString("/NO/SUCH/PLACE"));
+    RegisterRealPath("/MEDIA/CDROM/X.EXE", real);
+    QCOMPARE(RealPath("/MEDIA/CDROM/X.EXE"), real);
+    ClearRealPaths();
+    QCOMPARE(RealPath("/MEDIA/CDROM/X.EXE"), QString("/MEDIA/CDROM/X.EXE"));
+    QVERIFY(FileExists(stored));
+    QVERIFY(!FileExists(""));
+
+    SetScannedVolume("/media/cdrom");
+    QCOMPARE(VolumeRootOf("/media/cdrom/A/B.EXE"), QString("/media/cdrom/"));
+    QCOMPARE(VolumeRootOf(ExtractFolder() + "/X"), QString("/"));
+    SetScannedVolume(QString());
+    QVERIFY(!Volumes().isEmpty());
+}
+
+void TestPlatform::pausePumpsEvents()
+{
+    bool fired = false;
+    QTimer::singleShot(5, [&] { fired = true; });
+    QElapsedTimer t;
+    t.start();
+    Pause(40);
+    QVERIFY(fired);
+    QVERIFY(t.elapsed() >= 40);
+}
+
+void TestPlatform::resetExtractFolderEmptiesEverything()
+{
+    const QString extract = ExtractFolder();
+    const QString ro = WriteTestFile(extract + "/DISC/SETUP.ZIP/README.TXT", "x");
+    QFile::setPermissions(ro, QFileDevice::ReadOwner);
+    QFile::setPermissions(extract + "/DISC/SETUP.ZIP", QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    WriteTestFile(extract + "/.hidden", "x");
+
+    QList<int> percents;
+    QStringList texts;
+    int unloads = 0;
+    SetProgressSink({[&](int p, const QString &t) {
+                         percents << p;
+                         texts << t;
+                     },
+                     [&] { ++unloads; }});
+    ResetExtractFolder();
+    SetProgressSink({});
+    QVERIFY(QDir(extract).exists());
+    QVERIFY(QDir(extract).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    QCOMPARE(percents, (QList<int>{1, 50, 99}));
+    QCOMPARE(texts.first(), QString("Removing de-archived files..."));
+    QCOMPARE(unloads, 1);
+}
+
+void TestPlatform::resetExtractFolderMissingIsFatal()
+{
+    MsgBoxResponder boxes;
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    QVERIFY(QDir(ExtractFolder()).removeRecursively());
+    bool stopped = false;
+    try {
+        ResetExtractFolder();
+    } catch (const ProcessEnded &) {
+        stopped = true;
+    }
+    SetEndProcessHook(nullptr);
+    QVERIFY(stopped);
+    QCOMPARE(ended, QList<int>{1});
+    QCOMPARE(boxes.prompts(),
+             QStringList{"Error deleting and creating temp extract folder. Error #76 Make sure all files in " +
+                         ExtractFolder() + " are deleted before running KEVRO again.  Can not continue."});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    QDir().mkpath(ExtractFolder());
+}
+
+QTEST_GUILESS_MAIN(TestPlatform)
+#include "tst_platform.moc"

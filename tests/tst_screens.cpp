@@ -1,0 +1,270 @@
+// The small screens as an operator meets them: Options with and without kevro.ini, the About box's
+// slide-in and credits, the splash's start-up steps, the progress box, and the screens' registry.
+
+#include "TestSupport.h"
+
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "shell/DriveList.h"
+#include "shell/Forms.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/Progress.h"
+#include "shell/frmAbout.h"
+#include "shell/frmOptions.h"
+#include "shell/frmProgressBox.h"
+#include "shell/frmSplash.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+// A screen that counts its loads and remembers how it was asked to unload.
+class frmProbe final : public Form
+{
+public:
+    static inline int loads = 0;
+    static inline QList<int> modes;
+
+protected:
+    void Form_Load() override { ++loads; }
+    void Form_QueryUnload(int &, int mode) override { modes << mode; }
+};
+} // namespace
+
+class TestScreens final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { InstallScreenServices(); }
+    void cleanup();
+    void registryLoadsOnceAndAnewAfterUnload();
+    void controlBoxCloseIsModeZero();
+    void optionsReadsTheProfile();
+    void optionsWithoutProfile();
+    void optionsOkWritesAndCancelDoesNot();
+    void optionsOkWhenTheProfileCannotBeWritten();
+    void showOptionsIsModalAndPlaced();
+    void aboutSlidesInAndShowsCredits();
+    void splashStartsUpAndWarnsWithoutMovies();
+    void progressBoxFollowsUpdates();
+
+private:
+    TempAppFolder m_app;
+};
+
+void TestScreens::cleanup()
+{
+    Forms::unload<frmOptions>();
+    Forms::unload<frmAbout>();
+    Forms::unload<frmSplash>();
+    Forms::unload<frmProgressBox>();
+    QFile::remove(IniFileName());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void TestScreens::registryLoadsOnceAndAnewAfterUnload()
+{
+    frmProbe::loads = 0;
+    frmProbe *first = Forms::get<frmProbe>();
+    QCOMPARE(Forms::get<frmProbe>(), first);
+    QCOMPARE(frmProbe::loads, 1);
+    QVERIFY(Forms::isLoaded<frmProbe>());
+    Forms::unload<frmProbe>();
+    QVERIFY(!Forms::isLoaded<frmProbe>());
+    QPointer<frmProbe> gone(first);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(gone.isNull());
+    Forms::get<frmProbe>();
+    QCOMPARE(frmProbe::loads, 2);
+    Forms::unload<frmProbe>();
+}
+
+void TestScreens::controlBoxCloseIsModeZero()
+{
+    frmProbe::modes.clear();
+    frmProbe *f = Forms::get<frmProbe>();
+    f->show();
+    f->close(); // as the window's own close box does
+    QCOMPARE(frmProbe::modes, QList<int>{vbFormControlMenu});
+    QVERIFY(!Forms::isLoaded<frmProbe>());
+    Forms::get<frmProbe>();
+    Forms::unload<frmProbe>();
+    QCOMPARE(frmProbe::modes, (QList<int>{vbFormControlMenu, vbFormCode}));
+}
+
+void TestScreens::optionsReadsTheProfile()
+{
+    MsgBoxResponder boxes;
+    WriteTestFile(IniFileName(), "[Devices]\r\nDefaultDevice=/\r\n[Reports]\r\n"
+                                 "DefaultReportType=htmlish\r\nDefaultReportContent=all files\r\n");
+    auto *options = Forms::get<frmOptions>();
+    QVERIFY(boxes.boxes().isEmpty());
+    // Lower case and longer values count by their first letters.
+    QVERIFY(options->optHTML->isChecked());
+    QVERIFY(!options->optText->isChecked());
+    QVERIFY(options->optAllFiles->isChecked());
+    QCOMPARE(options->Drive1->Drive(), QString("/"));
+    QCOMPARE(options->txtExtractFolder->text(), m_app.path() + "/extract");
+    QCOMPARE(options->windowTitle(), QString("Options"));
+    QCOMPARE(options->findChild<QPushButton *>("cmdCancel")->text(), QString("&Cancel"));
+    QCOMPARE(options->findChild<QCheckBox *>("chkCheckCompressedFiles")->text(), QString("Check Compressed Files"));
+    // Browse does nothing.
+    options->cmdBrowse->click();
+    QVERIFY(boxes.boxes().isEmpty());
+    QVERIFY(options->isHidden());
+}
+
+void TestScreens::optionsWithoutProfile()
+{
+    MsgBoxResponder boxes;
+    auto *options = Forms::get<frmOptions>();
+    // "Nowt" names drive N, which is no volume here.
+    QCOMPARE(boxes.prompts(), QStringList{"Default device not currently available."});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    QCOMPARE(options->Drive1->ListIndex(), std::min(1, options->Drive1->ListCount() - 1));
+    QVERIFY(!options->optHTML->isChecked() && !options->optText->isChecked());
+    QVERIFY(!options->optAllFiles->isChecked() && !options->optCheckedFiles->isChecked());
+}
+
+void TestScreens::optionsOkWritesAndCancelDoesNot()
+{
+    MsgBoxResponder boxes;
+    auto *options = Forms::get<frmOptions>();
+    options->cmdCancel->click();
+    QVERIFY(!Forms::isLoaded<frmOptions>());
+    QVERIFY(!QFile::exists(IniFileName()));
+
+    options = Forms::get<frmOptions>();
+    options->Drive1->setDrive("/");
+    options->optCheckedFiles->setChecked(true);
+    options->cmdOK->click(); // neither report type set: HTML
+    QVERIFY(!Forms::isLoaded<frmOptions>());
+    QCOMPARE(ReadIniKey("Devices", "DefaultDevice "), QString("/"));
+    QCOMPARE(ReadIniKey("Reports", "DefaultReportType "), QString("HTML"));
+    QCOMPARE(ReadIniKey("Reports", "DefaultReportContent "), QString("CHK"));
+
+    options = Forms::get<frmOptions>();
+    QCOMPARE(boxes.boxes().size(), 2); // the two loads without a device
+    options->optText->setChecked(true);
+    options->optAllFiles->setChecked(true);
+    options->cmdOK->click();
+    QCOMPARE(ReadIniKey("Reports", "DefaultReportType "), QString("TEXT"));
+    QCOMPARE(ReadIniKey("Reports", "DefaultReportContent "), QString("ALL"));
+    // The saved device is found at the next load.
+    boxes.clear();
+    options = Forms::get<frmOptions>();
+    QVERIFY(boxes.boxes().isEmpty());
+    QVERIFY(options->optText->isChecked());
+}
+
+void TestScreens::optionsOkWhenTheProfileCannotBeWritten()
+{
+    MsgBoxResponder boxes;
+    QDir().mkpath(IniFileName()); // a folder where the file should be
+    auto *options = Forms::get<frmOptions>();
+    boxes.clear();
+    options->cmdOK->click();
+    QCOMPARE(boxes.prompts(), QStringList{"Could not write to KEVRO Configuration file"});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    QVERIFY(Forms::isLoaded<frmOptions>()); // the screen stays open
+    QDir(IniFileName()).removeRecursively();
+}
+
+void TestScreens::showOptionsIsModalAndPlaced()
+{
+    MsgBoxResponder boxes;
+    Form caller;
+    caller.setFixedSize(600, 400);
+    caller.Move(3000, 1500);
+    caller.show();
+    long left = 0, top = 0;
+    bool modal = false;
+    QTimer::singleShot(50, [&] {
+        auto *options = Forms::get<frmOptions>();
+        left = options->Left();
+        top = options->Top();
+        modal = options->isVisible() && options->windowModality() == Qt::ApplicationModal;
+        options->cmdCancel->click();
+    });
+    ShowOptions(&caller); // returns once the screen is gone
+    QVERIFY(modal);
+    QVERIFY(!Forms::isLoaded<frmOptions>());
+    QCOMPARE(left, caller.Left() + caller.Width() / 2 - caller.Width() / 4 - 300);
+    QCOMPARE(top, caller.Top() + caller.Height() / 2 - caller.Height() / 4 - 300);
+}
+
+void TestScreens::aboutSlidesInAndShowsCredits()
+{
+    Form caller;
+    caller.setFixedSize(800, 600);
+    caller.Move(1500, 1500);
+    ShowAboutBox(&caller); // not modal: returns at once
+    auto *about = Forms::get<frmAbout>();
+    QVERIFY(about->isVisible());
+    QCOMPARE(about->lblAppVersion->text(), QString("KEVRO v%1.%2.%3").arg(KEVRO_VERSION_MAJOR).arg(KEVRO_VERSION_MINOR).arg(KEVRO_VERSION_PATCH));
+    QCOMPARE(about->lblCopyrightNotice->text(), frmAbout::CopyrightNotice());
+    // Within the window frame's few pixels, which are only known once the box is on the screen.
+    QVERIFY(qAbs(about->Left() - (caller.Left() + caller.Width() / 2 - about->Width() / 2)) <= 60);
+    // The labels come to rest where the slide ends: 8000 - 12 * 225 and -8000 + 12 * 678 twips.
+    QTRY_VERIFY_WITH_TIMEOUT(qAbs(LeftTw(about->lblCopyrightNotice) - 136) <= 15 * 12, 5000);
+    QVERIFY(qAbs(LeftTw(about->lblAppVersion) - 5300) <= 15 * 12);
+    QVERIFY(qAbs(LeftTw(about->lblCopyright) - 5300) <= 15 * 12);
+
+    QTest::mouseDClick(about->picKevro, Qt::LeftButton);
+    QCOMPARE(about->lblCopyrightNotice->text(), frmAbout::CreditsLine());
+    QVERIFY(qAbs(TopTw(about->lblCopyrightNotice) - 4000) <= 15);
+    QVERIFY(qAbs(LeftTw(about->lblCopyrightNotice) + 300) <= 15);
+    about->cmdOK->click();
+    QVERIFY(!Forms::isLoaded<frmAbout>());
+}
+
+void TestScreens::splashStartsUpAndWarnsWithoutMovies()
+{
+    MsgBoxResponder boxes;
+    auto *splash = Forms::get<frmSplash>();
+    splash->RunStartup();
+    QCOMPARE(splash->ProgressBar1->value(), 100);
+    QCOMPARE(splash->lblStatus->text(), QString("Initializing Quicktime..."));
+    Forms::unload<frmSplash>();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    // Without movie playback the operator is warned with the code, and start-up goes on.
+    qputenv("KEVRO_NO_MOVIES", "1");
+    boxes.clear();
+    splash = Forms::get<frmSplash>();
+    splash->show();
+    QTRY_VERIFY_WITH_TIMEOUT(splash->StartupDone(), 5000); // the first paint starts it
+    QTRY_COMPARE_WITH_TIMEOUT(splash->ProgressBar1->value(), 100, 5000);
+    qunsetenv("KEVRO_NO_MOVIES");
+    QCOMPARE(boxes.prompts(),
+             QStringList{"Unable to Initialize QuickTime! Quicktime movies will not be played.  Ensure that latest "
+                         "version of Quicktime is installed.\r1"});
+}
+
+void TestScreens::progressBoxFollowsUpdates()
+{
+    UpdateProgressBox(40, "Walking the disc...");
+    QVERIFY(Forms::isLoaded<frmProgressBox>());
+    auto *box = Forms::get<frmProgressBox>();
+    QVERIFY(box->isVisible());
+    QCOMPARE(box->windowTitle(), QString("Progress Box"));
+    QCOMPARE(box->lblStatus->text(), QString("Walking the disc..."));
+    QCOMPARE(box->ProgressBar->value(), 40);
+    UnloadProgressBox();
+    QVERIFY(!Forms::isLoaded<frmProgressBox>());
+    // A fresh box shows its stored text until the first update.
+    QCOMPARE(Forms::get<frmProgressBox>()->lblStatus->text(), QString("Populating Something..."));
+}
+
+QTEST_MAIN(TestScreens)
+#include "tst_screens.moc"
