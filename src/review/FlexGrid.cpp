@@ -21,9 +21,18 @@ struct CellPic {
     int alignment = FlexGrid::flexAlignLeftCenter;
 };
 
+// A row's cells are made on first write: a new row costs nothing until text goes into it.
 struct GridRow {
     QList<QString> cells;
     QHash<int, CellPic> pictures; // by column; most rows have none
+
+    QString at(int c) const { return c < cells.size() ? cells[c] : QString(); }
+    QString &ref(int c)
+    {
+        if (cells.size() <= c)
+            cells.resize(c + 1);
+        return cells[c];
+    }
 };
 
 Qt::Alignment toQt(int a)
@@ -89,15 +98,6 @@ bool isWholeNumber(const QString &text, double *value)
     return ok && !text.trimmed().isEmpty();
 }
 
-// Generic order: two numbers compare as numbers, anything else as text without regard to case.
-int genericCompare(const QString &a, const QString &b)
-{
-    double x = 0, y = 0;
-    if (isWholeNumber(a, &x) && isWholeNumber(b, &y))
-        return x < y ? -1 : (x > y ? 1 : 0);
-    return a.compare(b, Qt::CaseInsensitive);
-}
-
 class PictureDelegate final : public QStyledItemDelegate
 {
 public:
@@ -143,10 +143,9 @@ public:
         const GridRow &row = rows[r];
         switch (role) {
         case Qt::DisplayRole:
-            return index.column() < row.cells.size() ? row.cells[index.column()] : QString();
+            return row.at(index.column());
         case Qt::TextAlignmentRole:
-            return int(alignmentFor(index.column(), index.column() < row.cells.size() ? row.cells[index.column()]
-                                                                                       : QString()));
+            return int(alignmentFor(index.column(), row.at(index.column())));
         case Qt::DecorationRole: {
             const auto it = row.pictures.constFind(index.column());
             return it == row.pictures.constEnd() ? QVariant() : QVariant(it->picture);
@@ -167,7 +166,7 @@ public:
         if (o != Qt::Horizontal || fixedRows == 0 || rows.isEmpty())
             return {};
         if (role == Qt::DisplayRole)
-            return section < rows[0].cells.size() ? rows[0].cells[section] : QString();
+            return rows[0].at(section);
         if (role == Qt::TextAlignmentRole)
             return int(Qt::AlignLeft | Qt::AlignVCenter);
         return {};
@@ -183,21 +182,13 @@ public:
         return toQt(a);
     }
 
-    GridRow blankRow() const
-    {
-        GridRow r;
-        r.cells.resize(cols);
-        return r;
-    }
 
     // Appends blank rows, telling the view only of the new rows.
     void appendRows(int count)
     {
         const int first = rowCount();
         beginInsertRows({}, first, first + count - 1);
-        rows.reserve(rows.size() + count);
-        for (int i = 0; i < count; ++i)
-            rows.append(blankRow());
+        rows.resize(rows.size() + count);
         endInsertRows();
     }
 
@@ -222,7 +213,7 @@ private:
 
 FlexGrid::FlexGrid(QWidget *parent) : QTableView(parent), m_model(new FlexGridModel(this))
 {
-    m_model->rows = {m_model->blankRow(), m_model->blankRow()};
+    m_model->rows.resize(2);
     m_model->colAlign = {flexAlignGeneral, flexAlignGeneral};
     m_colWidths = {-1, -1};
     setModel(m_model);
@@ -292,11 +283,7 @@ void FlexGrid::setRows(int rows)
             return;
         }
     }
-    r.reserve(rows);
-    while (r.size() < rows)
-        r.append(m_model->blankRow());
-    if (r.size() > rows)
-        r.resize(rows);
+    r.resize(rows);
     m_model->fixedRows = std::min(m_model->fixedRows, rows);
     const int last = std::max(0, rows - 1);
     m_row = std::min(m_row, last);
@@ -315,7 +302,8 @@ void FlexGrid::setCols(int cols)
         throw MakeVbError(VbErr::InvalidPropertyValue);
     m_model->cols = cols;
     for (GridRow &row : m_model->rows) {
-        row.cells.resize(cols);
+        if (row.cells.size() > cols)
+            row.cells.resize(cols);
         for (auto it = row.pictures.begin(); it != row.pictures.end();)
             it = it.key() >= cols ? row.pictures.erase(it) : std::next(it);
     }
@@ -422,7 +410,7 @@ QString FlexGrid::Clip() const
     for (int r = r0; r <= r1 && r < Rows(); ++r) {
         QStringList cells;
         for (int c = c0; c <= c1 && c < Cols(); ++c)
-            cells << m_model->rows[r].cells[c];
+            cells << m_model->rows[r].at(c);
         lines << cells.join(QLatin1Char('\t'));
     }
     return lines.join(QLatin1Char('\r'));
@@ -450,7 +438,7 @@ void FlexGrid::setClip(const QString &text)
             const bool last = tab < 0;
             if (last)
                 tab = line.size();
-            row.cells[c] = line.mid(cpos, tab - cpos).toString();
+            row.ref(c) = line.mid(cpos, tab - cpos).toString();
             ++c;
             if (last)
                 break;
@@ -465,13 +453,13 @@ void FlexGrid::setClip(const QString &text)
 QString FlexGrid::TextMatrix(int row, int col) const
 {
     checkCell(row, col);
-    return m_model->rows[row].cells[col];
+    return m_model->rows[row].at(col);
 }
 
 void FlexGrid::setTextMatrix(int row, int col, const QString &text)
 {
     checkCell(row, col);
-    m_model->rows[row].cells[col] = text;
+    m_model->rows[row].ref(col) = text;
     if (m_redraw)
         m_model->cellChanged(row, col);
     else
@@ -582,29 +570,56 @@ void FlexGrid::setSort(int order)
     const int c0 = std::min(m_col, m_colSel), c1 = std::max(m_col, m_colSel);
     const bool numeric = order >= flexSortNumericAscending;
     const bool descending = order == flexSortGenericDescending || order == flexSortNumericDescending;
-    std::stable_sort(rows.begin() + first, rows.end(), [&](const GridRow &a, const GridRow &b) {
+    // Each key is read once, not once per comparison: a sort of 100,000 rows stays quick.
+    struct Key {
+        bool isNumber;
+        double number;
+        QString text;
+    };
+    const int n = rows.size() - first;
+    const int width = c1 - c0 + 1;
+    std::vector<Key> keys(size_t(n) * width);
+    for (int i = 0; i < n; ++i) {
         for (int c = c0; c <= c1; ++c) {
+            Key &k = keys[size_t(i) * width + (c - c0)];
+            k.text = rows[first + i].at(c);
+            k.isNumber = numeric || isWholeNumber(k.text, &k.number);
+            if (numeric)
+                k.number = leadingNumber(k.text);
+        }
+    }
+    std::vector<int> order_(n);
+    for (int i = 0; i < n; ++i)
+        order_[i] = i;
+    std::stable_sort(order_.begin(), order_.end(), [&](int a, int b) {
+        for (int c = 0; c < width; ++c) {
+            const Key &x = keys[size_t(a) * width + c], &y = keys[size_t(b) * width + c];
             int cmp;
-            if (numeric) {
-                const double x = leadingNumber(a.cells[c]), y = leadingNumber(b.cells[c]);
-                cmp = x < y ? -1 : (x > y ? 1 : 0);
-            } else {
-                cmp = genericCompare(a.cells[c], b.cells[c]);
-            }
+            if (x.isNumber && y.isNumber)
+                cmp = x.number < y.number ? -1 : (x.number > y.number ? 1 : 0);
+            else
+                cmp = x.text.compare(y.text, Qt::CaseInsensitive);
             if (cmp != 0)
                 return descending ? cmp > 0 : cmp < 0;
         }
         return false;
     });
+    QList<GridRow> sorted;
+    sorted.reserve(rows.size());
+    for (int i = 0; i < first; ++i)
+        sorted.append(std::move(rows[i]));
+    for (int i : order_)
+        sorted.append(std::move(rows[first + i]));
+    rows = std::move(sorted);
     refresh(true);
 }
 
 void FlexGrid::AddItem(const QString &tabbedText, int index)
 {
-    GridRow row = m_model->blankRow();
+    GridRow row;
     const QStringList fields = tabbedText.split(QLatin1Char('\t'));
     for (int c = 0; c < fields.size() && c < m_model->cols; ++c)
-        row.cells[c] = fields[c];
+        row.ref(c) = fields[c];
     auto &rows = m_model->rows;
     if (index < 0)
         index = rows.size();

@@ -57,10 +57,10 @@ frmOptions::frmOptions()
     chkCheckCompressedFiles->setChecked(true);
     PlaceTw(chkCheckCompressedFiles, 240, 390, 3000, 330);
     lblExtractFolder = named(new QLabel(QStringLiteral("Extract Folder:"), fraCompression), "lblExtractFolder");
-    PlaceTw(lblExtractFolder, 240, 900, 1260, 300);
+    PlaceTw(lblExtractFolder, 240, 900, 1380, 300);
     txtExtractFolder = named(new QLineEdit(fraCompression), "txtExtractFolder");
     txtExtractFolder->setReadOnly(true);
-    PlaceTw(txtExtractFolder, 1500, 840, 2940, 390);
+    PlaceTw(txtExtractFolder, 1650, 840, 2790, 390);
     cmdBrowse = named(new QPushButton(QStringLiteral("&Browse"), fraCompression), "cmdBrowse");
     PlaceTw(cmdBrowse, 4560, 825, 960, 420);
 
