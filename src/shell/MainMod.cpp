@@ -45,16 +45,22 @@ bool ListIsEmpty(const QList<CheckedItem> &list)
     return list.isEmpty() || list.first().text.isEmpty();
 }
 
+namespace {
+// Element 0 is taken while it is empty; after that the list grows at its end.
+template <class T> void appendUnderConvention(QList<T> &list, const T &item, bool empty)
+{
+    if (!empty)
+        list.append(item);
+    else if (list.isEmpty())
+        list.append(item);
+    else
+        list[0] = item;
+}
+} // namespace
+
 void AppendToList(QStringList &list, const QString &item)
 {
-    if (ListIsEmpty(list)) {
-        if (list.isEmpty())
-            list.append(item);
-        else
-            list[0] = item;
-    } else {
-        list.append(item);
-    }
+    appendUnderConvention(list, item, ListIsEmpty(list));
 }
 
 void FillExtensionList()
@@ -65,15 +71,7 @@ void FillExtensionList()
 
 void AddCheckedItem(const QString &text, const QString &kind)
 {
-    const CheckedItem item{text, kind, 0};
-    if (ListIsEmpty(gCheckedItems)) {
-        if (gCheckedItems.isEmpty())
-            gCheckedItems.append(item);
-        else
-            gCheckedItems[0] = item;
-    } else {
-        gCheckedItems.append(item);
-    }
+    appendUnderConvention(gCheckedItems, CheckedItem{text, kind, 0}, ListIsEmpty(gCheckedItems));
 }
 
 // ---- paths and files ---------------------------------------------------------------------------
