@@ -14,6 +14,9 @@
 
 int main(int argc, char **argv)
 {
+    // Qt's FFmpeg media back end crashes on files with sound when the machine has no sound card.
+    if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
+        qputenv("QT_MEDIA_BACKEND", "gstreamer");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("KEVRO"));
     QApplication::setApplicationVersion(
