@@ -7,22 +7,32 @@ DEBS := cmake ninja-build g++ pkg-config \
         libqt6sql6-sqlite libqt6sql6-psql libqt6sql6-odbc libarchive-dev unixodbc-dev \
         gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav \
         xvfb xauth xdg-utils fonts-dejavu-core
+# The tests also run the catalogue against a real PostgreSQL server of their own.
+TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc
 
-.PHONY: run test build deps bench clean
+.PHONY: run test build deps test-deps catalogue bench clean
 
 deps:
 	@tools/install-deps.sh $(DEBS)
+
+test-deps:
+	@tools/install-deps.sh $(TEST_DEBS)
 
 build: deps
 	@cmake -S . -B $(BUILD_DIR) -G Ninja >/dev/null
 	@cmake --build $(BUILD_DIR)
 
-run: build
+# A first start gets the embedded demo catalogue; an existing one is left alone.
+catalogue: build
+	@[ -f $(BUILD_DIR)/kevro.db ] || $(BUILD_DIR)/kevro-setup --demo
+
+run: catalogue
 	@if [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then $(BUILD_DIR)/kevro; \
 	else echo "No display here: starting KEVRO on a virtual one (xvfb-run)."; xvfb-run -a $(BUILD_DIR)/kevro; fi
 
-test: build
-	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure
+test: build test-deps
+	@tools/with-postgres.sh $(BUILD_DIR) sh -c 'cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure'
+
 
 bench: build
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_flexgrid_fill

@@ -83,6 +83,40 @@ QString GetPrivateProfileString(const QString &section, const QString &key, cons
     return defaultValue.left(keep);
 }
 
+QList<QPair<QString, QString>> GetPrivateProfileSection(const QString &section, const QString &fileName)
+{
+    QList<QPair<QString, QString>> out;
+    const ProfileText p = readProfile(fileName);
+    bool inSection = false;
+    for (const QString &line : p.lines) {
+        const QString s = sectionOf(line);
+        if (!s.isNull()) {
+            inSection = sameName(s, section);
+            continue;
+        }
+        const int eq = line.indexOf(QLatin1Char('='));
+        if (!inSection || eq < 0 || line.trimmed().startsWith(QLatin1Char(';')) ||
+            line.trimmed().startsWith(QLatin1Char('#')))
+            continue;
+        QString value;
+        const QString key = line.left(eq).trimmed();
+        isKeyLine(line, key, &value);
+        out.append({key, value});
+    }
+    return out;
+}
+
+bool ProfileHasSection(const QString &section, const QString &fileName)
+{
+    const ProfileText p = readProfile(fileName);
+    for (const QString &line : p.lines) {
+        const QString s = sectionOf(line);
+        if (!s.isNull() && sameName(s, section))
+            return true;
+    }
+    return false;
+}
+
 bool WritePrivateProfileString(const QString &section, const QString &key, const QString &value,
                                const QString &fileName)
 {

@@ -1,0 +1,291 @@
+#include "catalogue/Connection.h"
+
+#include "platform/IniProfile.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QLocale>
+#include <QRegularExpression>
+#include <QSqlError>
+#include <QSqlField>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+#include <atomic>
+
+namespace {
+VbError sqlFailure(const QSqlError &e, DataSource::Engine engine, const QString &sql = QString())
+{
+    QString text = e.databaseText().trimmed();
+    if (text.isEmpty())
+        text = e.text().trimmed();
+    if (!sql.isEmpty())
+        text += QStringLiteral(" [") + sql.simplified() + QLatin1Char(']');
+    return VbError(Connection::NumberFor(e, engine), text);
+}
+} // namespace
+
+Connection::Connection()
+{
+    static std::atomic<int> counter{0};
+    m_name = QStringLiteral("kevro-%1").arg(++counter);
+}
+
+Connection::~Connection()
+{
+    Close();
+}
+
+QSqlDatabase Connection::Database() const
+{
+    return QSqlDatabase::database(m_name, false);
+}
+
+bool Connection::IsOpen() const
+{
+    return m_open && Database().isOpen();
+}
+
+void Connection::Open(const QString &connectionString, const QString &userId, const QString &password, long)
+{
+    Close();
+    const QMap<QString, QString> parts = ParseConnectionString(connectionString);
+    const QString dsn = parts.value(QStringLiteral("DSN"));
+    const auto source = ResolveDataSource(dsn);
+    if (!source) {
+        throw VbError(DbErr::ConnectionFailed,
+                      QStringLiteral("Data source name not found and no default driver specified: ") + dsn);
+    }
+    const QString uid = userId.isEmpty() ? parts.value(QStringLiteral("UID")) : userId;
+    const QString pwd = password.isEmpty() ? parts.value(QStringLiteral("PWD")) : password;
+    m_engine = source->engine;
+    {
+        QSqlDatabase db;
+        switch (m_engine) {
+        case DataSource::Engine::SQLite:
+            // The catalogue must exist: opening never creates an empty database in its place.
+            if (!QFileInfo(source->database).isFile())
+                throw VbError(DbErr::ConnectionFailed, QStringLiteral("Database file not found: ") + source->database);
+            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+            db.setDatabaseName(source->database);
+            db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+            break;
+        case DataSource::Engine::PostgreSQL:
+            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
+            db.setHostName(source->server);
+            db.setPort(source->port);
+            db.setDatabaseName(source->database);
+            db.setUserName(uid.isEmpty() ? source->user : uid);
+            db.setPassword(pwd.isEmpty() ? source->password : pwd);
+            db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+            break;
+        case DataSource::Engine::Odbc:
+            db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), m_name);
+            if (source->file == AppPath() + QStringLiteral("/odbc.ini")) {
+                // The driver manager does not know the application folder's entry: hand it every key.
+                QString keys;
+                for (const auto &[key, value] : GetPrivateProfileSection(dsn, source->file))
+                    keys += key + QLatin1Char('=') + value + QLatin1Char(';');
+                db.setDatabaseName(keys + QStringLiteral("UID=") + uid + QStringLiteral(";PWD=") + pwd + QLatin1Char(';'));
+            } else {
+                // Qt puts "DSN=" in front itself; a second DSN key would confuse some drivers.
+                db.setDatabaseName(dsn + QStringLiteral(";UID=") + uid + QStringLiteral(";PWD=") + pwd);
+            }
+            break;
+        }
+        if (!db.isValid() || !db.open()) {
+            const QSqlError e = db.lastError();
+            const QString text = !db.isValid() ? QStringLiteral("No database driver for ") + source->driver
+                                               : e.text().trimmed();
+            db = QSqlDatabase();
+            QSqlDatabase::removeDatabase(m_name);
+            throw VbError(DbErr::ConnectionFailed, text);
+        }
+        if (m_engine == DataSource::Engine::PostgreSQL) {
+            // Dates travel as the machine's regional text: the server reads them in the same order.
+            QSqlQuery q(db);
+            q.exec(QStringLiteral("SET DateStyle TO 'ISO, %1'").arg(LocaleDateOrder()));
+        }
+    }
+    m_open = true;
+}
+
+void Connection::Close()
+{
+    if (!QSqlDatabase::contains(m_name))
+        return;
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_name, false);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(m_name);
+    m_open = false;
+}
+
+QString Connection::PrepareStatement(const QString &sql)
+{
+    // One statement only, and no comments: look at everything outside the string literals.
+    QChar quote;
+    const int n = sql.size();
+    for (int i = 0; i < n; ++i) {
+        const QChar c = sql[i];
+        if (!quote.isNull()) {
+            if (c == quote) {
+                if (i + 1 < n && sql[i + 1] == quote)
+                    ++i; // a doubled quote stays inside
+                else
+                    quote = QChar();
+            }
+            continue;
+        }
+        if (c == QLatin1Char('\'') || c == QLatin1Char('"')) {
+            quote = c;
+        } else if (c == QLatin1Char(';')) {
+            for (int j = i + 1; j < n; ++j) {
+                if (!sql[j].isSpace() && sql[j] != QLatin1Char(';'))
+                    throw VbError(DbErr::CommandError,
+                                  QStringLiteral("Only one statement may be sent at a time: ") + sql.simplified());
+            }
+            break;
+        } else if ((c == QLatin1Char('-') && i + 1 < n && sql[i + 1] == QLatin1Char('-')) ||
+                   (c == QLatin1Char('/') && i + 1 < n && sql[i + 1] == QLatin1Char('*'))) {
+            throw VbError(DbErr::CommandError, QStringLiteral("Comments are not accepted in a statement: ") +
+                                                   sql.simplified());
+        }
+    }
+    if (!quote.isNull())
+        throw VbError(DbErr::CommandError, QStringLiteral("Unterminated string in statement: ") + sql.simplified());
+    // "Delete KEVRO_APPS.APP_ID From KEVRO_APPS ..." and "DELETE * FROM ...": no engine here takes a column
+    // or a star between DELETE and FROM.
+    static const QRegularExpression deleteWhat(QStringLiteral("^\\s*DELETE\\s+(?!FROM\\b)\\S+\\s+FROM\\b"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    QString text = sql;
+    return text.replace(deleteWhat, QStringLiteral("DELETE FROM"));
+}
+
+long Connection::NumberFor(const QSqlError &error, DataSource::Engine engine)
+{
+    const QString code = error.nativeErrorCode();
+    switch (engine) {
+    case DataSource::Engine::SQLite: {
+        const int primary = code.toInt() & 0xFF;
+        return primary == 19 ? DbErr::ConstraintViolation : DbErr::CommandError;
+    }
+    case DataSource::Engine::PostgreSQL:
+        if (code.startsWith(QLatin1String("23")) || code.startsWith(QLatin1String("22")))
+            return DbErr::ConstraintViolation;
+        if (code.startsWith(QLatin1String("42")))
+            return DbErr::CommandError;
+        return error.type() == QSqlError::ConnectionError ? DbErr::ConnectionFailed : DbErr::CommandError;
+    case DataSource::Engine::Odbc: {
+        // Qt hands on the driver's native code, not the SQLSTATE: the driver's words tell a constraint.
+        const QString text = error.databaseText();
+        if (text.contains(QLatin1String("constraint"), Qt::CaseInsensitive) ||
+            text.contains(QLatin1String("violat"), Qt::CaseInsensitive) || text.contains(QLatin1String("23000")))
+            return DbErr::ConstraintViolation;
+        return DbErr::CommandError;
+    }
+    }
+    return DbErr::CommandError;
+}
+
+void Connection::Execute(const QString &sql, long)
+{
+    if (!IsOpen())
+        throw VbError(3704, QStringLiteral("Operation is not allowed when the object is closed."));
+    const QString text = PrepareStatement(sql);
+    QSqlQuery q(Database());
+    if (!q.exec(text))
+        throw sqlFailure(q.lastError(), m_engine, sql);
+}
+
+void Recordset::Open(const QString &sql, Connection *connection, int, int, long)
+{
+    if (!connection || !connection->IsOpen())
+        throw VbError(3704, QStringLiteral("Operation is not allowed when the object is closed."));
+    const QString text = Connection::PrepareStatement(sql);
+    m_columns.clear();
+    m_rows.clear();
+    m_pos = 0;
+    QSqlQuery q(connection->Database());
+    q.setForwardOnly(true);
+    if (!q.exec(text))
+        throw sqlFailure(q.lastError(), connection->Engine(), sql);
+    const QSqlRecord record = q.record();
+    QList<bool> isBool;
+    for (int i = 0; i < record.count(); ++i) {
+        m_columns << record.fieldName(i).toUpper();
+        isBool << (record.field(i).metaType().id() == QMetaType::Bool);
+    }
+    while (q.next()) {
+        QList<QVariant> row;
+        row.reserve(m_columns.size());
+        for (int i = 0; i < m_columns.size(); ++i) {
+            QVariant v = q.value(i);
+            if (isBool[i] && !v.isNull())
+                v = QVariant(v.toBool());
+            row << v;
+        }
+        m_rows << row;
+    }
+}
+
+void Recordset::MoveFirst()
+{
+    if (m_rows.isEmpty())
+        throw VbError(DbErr::NoCurrentRecord,
+                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
+                                     "operation requires a current record."));
+    m_pos = 0;
+}
+
+void Recordset::MoveNext()
+{
+    if (Eof())
+        throw VbError(DbErr::NoCurrentRecord,
+                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
+                                     "operation requires a current record."));
+    ++m_pos;
+}
+
+QVariant Recordset::Fields(const QString &name) const
+{
+    const int column = m_columns.indexOf(name.toUpper());
+    if (column < 0)
+        throw VbError(DbErr::ItemNotFound, QStringLiteral("Item cannot be found in the collection corresponding to "
+                                                          "the requested name or ordinal."));
+    if (Eof() || Bof())
+        throw VbError(DbErr::NoCurrentRecord,
+                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
+                                     "operation requires a current record."));
+    return m_rows[m_pos][column];
+}
+
+void Recordset::Close()
+{
+    m_rows.clear();
+    m_columns.clear();
+    m_pos = 0;
+}
+
+QString LocaleDateOrder()
+{
+    const QString f = QLocale::system().dateFormat(QLocale::ShortFormat);
+    const int d = f.indexOf(QLatin1Char('d')), m = f.indexOf(QLatin1Char('M')), y = f.indexOf(QLatin1Char('y'));
+    if (y >= 0 && (d < 0 || y < d) && (m < 0 || y < m))
+        return QStringLiteral("YMD");
+    return (d >= 0 && m >= 0 && d < m) ? QStringLiteral("DMY") : QStringLiteral("MDY");
+}
+
+QString NowText()
+{
+    const QLocale locale = QLocale::system();
+    QString date = locale.dateFormat(QLocale::ShortFormat);
+    if (!date.contains(QLatin1String("yyyy")))
+        date.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    QString time = locale.timeFormat(QLocale::LongFormat);
+    time.remove(QRegularExpression(QStringLiteral("\\s*t+\\s*"))); // no time zone: the server would shift it
+    return locale.toString(QDateTime::currentDateTime(), date + QLatin1Char(' ') + time.trimmed());
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "catalogue/DataSource.h"
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+class QSqlError;
+
+// The numbers a failing statement raises, the same on every engine.
+namespace DbErr {
+constexpr long CommandError = -2147217900;        // syntax error, unknown table or column, a refused text
+constexpr long ConstraintViolation = -2147467259; // an empty name, NOT NULL, a key out of range
+constexpr long ConnectionFailed = -2147467259;    // no such data source, server unreachable, bad login
+constexpr long NoCurrentRecord = 3021;
+constexpr long ItemNotFound = 3265;
+} // namespace DbErr
+
+// A connection to the catalogue through the data source the connection string names. Statements go
+// one at a time; nothing is held open between units of work.
+class Connection final
+{
+public:
+    Connection();
+    ~Connection();
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    int CursorLocation = 2;
+
+    // Raises DbErr::ConnectionFailed with the engine's words when the data source cannot be reached.
+    void Open(const QString &connectionString, const QString &userId = QString(), const QString &password = QString(),
+              long options = -1);
+    // Runs one Insert, Update or Delete; nothing of its result is looked at.
+    void Execute(const QString &sql, long options = -1);
+    void Close();
+    bool IsOpen() const;
+
+    DataSource::Engine Engine() const { return m_engine; }
+    QSqlDatabase Database() const;
+
+    // The text sent for a statement: one statement only (a second one or a comment outside the string
+    // literals is refused with DbErr::CommandError), and "DELETE x FROM" made "DELETE FROM".
+    static QString PrepareStatement(const QString &sql);
+    // The failure for an engine's error, with the number the screens test.
+    static long NumberFor(const QSqlError &error, DataSource::Engine engine);
+
+private:
+    QString m_name;
+    DataSource::Engine m_engine = DataSource::Engine::Odbc;
+    bool m_open = false;
+};
+
+// A static, client-side result: every row is read when it opens, and it can be walked again.
+class Recordset final
+{
+public:
+    void Open(const QString &sql, Connection *connection, int cursorType = 3, int lockType = 3, long options = -1);
+    bool Eof() const { return m_rows.isEmpty() || m_pos >= m_rows.size(); }
+    bool Bof() const { return m_rows.isEmpty() || m_pos < 0; }
+    void MoveFirst();
+    void MoveNext();
+    // The current row's value of the named column (any case); null for NULL, a bool for a boolean
+    // column on every engine.
+    QVariant Fields(const QString &name) const;
+    void Close();
+    int RecordCount() const { return m_rows.size(); }
+
+private:
+    QStringList m_columns; // upper case
+    QList<QList<QVariant>> m_rows;
+    int m_pos = 0;
+};
+
+// The present date and time as the machine's regional settings write them, for the date columns.
+QString NowText();
+// The order of day, month and year in the machine's short date: "DMY", "MDY" or "YMD".
+QString LocaleDateOrder();
