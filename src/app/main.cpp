@@ -1,12 +1,8 @@
 // KEVRO, the desktop program. It takes no arguments.
 
-#include "platform/Events.h"
 #include "platform/VbError.h"
-#include "shell/Forms.h"
-#include "shell/MainMod.h"
+#include "shell/Main.h"
 #include "shell/MainModScreens.h"
-#include "shell/frmAbout.h"
-#include "shell/frmSplash.h"
 
 #include <QApplication>
 
@@ -21,24 +17,12 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("KEVRO"));
     QApplication::setApplicationVersion(
         QStringLiteral("%1.%2.%3").arg(KEVRO_VERSION_MAJOR).arg(KEVRO_VERSION_MINOR).arg(KEVRO_VERSION_PATCH));
+    // The screens are the program: hiding the last of them on the way to the next must not end it.
+    QApplication::setQuitOnLastWindowClosed(false);
     // Member names of archives are read in the locale's character set: keep it UTF-8.
     std::setlocale(LC_CTYPE, "C.UTF-8");
     InstallScreenServices();
-
-    RunHandler([] {
-        FillExtensionList();
-        auto *splash = Forms::get<frmSplash>();
-        splash->show();
-        DoEvents();
-        splash->RunStartup();
-        ResetExtractFolder();
-        DoEvents();
-        splash->hide();
-        // Until the main menu is in place the program opens on the About box.
-        auto *about = Forms::get<frmAbout>();
-        about->Move(ScreenWidthTw() / 2 - about->Width() / 2, ScreenHeightTw() / 2 - about->Height() / 2);
-        about->ShowModal();
-        ExitApplication();
-    });
-    return 0;
+    int code = 0;
+    RunHandler([&] { code = Main(); });
+    return code;
 }
