@@ -64,31 +64,13 @@ bool sameName(const QString &a, const QString &b)
 }
 } // namespace
 
-QString GetPrivateProfileString(const QString &section, const QString &key, const QString &defaultValue, int size,
-                                const QString &fileName)
-{
-    const int keep = size > 0 ? size - 1 : 0;
-    const ProfileText p = readProfile(fileName);
-    bool inSection = false;
-    for (const QString &line : p.lines) {
-        const QString s = sectionOf(line);
-        if (!s.isNull()) {
-            inSection = sameName(s, section);
-            continue;
-        }
-        QString value;
-        if (inSection && isKeyLine(line, key, &value))
-            return value.left(keep);
-    }
-    return defaultValue.left(keep);
-}
-
-QList<QPair<QString, QString>> GetPrivateProfileSection(const QString &section, const QString &fileName)
+namespace {
+// Every key=value line of the section, in file order, with its key as written.
+QList<QPair<QString, QString>> sectionEntries(const QString &section, const QString &fileName)
 {
     QList<QPair<QString, QString>> out;
-    const ProfileText p = readProfile(fileName);
     bool inSection = false;
-    for (const QString &line : p.lines) {
+    for (const QString &line : readProfile(fileName).lines) {
         const QString s = sectionOf(line);
         if (!s.isNull()) {
             inSection = sameName(s, section);
@@ -104,6 +86,23 @@ QList<QPair<QString, QString>> GetPrivateProfileSection(const QString &section, 
         out.append({key, value});
     }
     return out;
+}
+} // namespace
+
+QString GetPrivateProfileString(const QString &section, const QString &key, const QString &defaultValue, int size,
+                                const QString &fileName)
+{
+    const int keep = size > 0 ? size - 1 : 0;
+    for (const auto &[k, value] : sectionEntries(section, fileName)) {
+        if (sameName(k, key))
+            return value.left(keep);
+    }
+    return defaultValue.left(keep);
+}
+
+QList<QPair<QString, QString>> GetPrivateProfileSection(const QString &section, const QString &fileName)
+{
+    return sectionEntries(section, fileName);
 }
 
 bool ProfileHasSection(const QString &section, const QString &fileName)

@@ -59,6 +59,13 @@ private:
     bool m_unloadingByCode = false;
 };
 
+// A control with its name, so that it can be found by it.
+template <class T> T *Named(T *w, const char *name)
+{
+    w->setObjectName(QLatin1String(name));
+    return w;
+}
+
 // Controls placed in twips, relative to their parent.
 void PlaceTw(QWidget *w, long left, long top, long width, long height);
 long LeftTw(const QWidget *w);

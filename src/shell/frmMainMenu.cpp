@@ -22,15 +22,10 @@
 #include <QToolButton>
 
 namespace {
-template <class T> T *named(T *w, const char *name)
-{
-    w->setObjectName(QLatin1String(name));
-    return w;
-}
 
 QLabel *pictureStore(QWidget *parent, const char *name, const QString &picture)
 {
-    auto *store = named(new QLabel(parent), name);
+    auto *store = Named(new QLabel(parent), name);
     store->setPixmap(LoadPicture(picture));
     store->hide();
     return store;
@@ -45,7 +40,7 @@ frmMainMenu::frmMainMenu()
 {
     setObjectName(QStringLiteral("frmMainMenu"));
     setWindowTitle(QStringLiteral("KEVRO - Main Menu"));
-    auto *central = named(new QWidget(this), "frmMainMenuBackground");
+    auto *central = Named(new QWidget(this), "frmMainMenuBackground");
     central->setStyleSheet(QStringLiteral("#frmMainMenuBackground { background: #ffffff; }"));
     central->setMouseTracking(true);
     central->installEventFilter(this);
@@ -53,26 +48,26 @@ frmMainMenu::frmMainMenu()
     menus = BuildStandardMenus(this);
     setFixedSize(TwipsToPixels(9000), TwipsToPixels(5520) + menuBar()->sizeHint().height());
 
-    picBanner = named(new QLabel(central), "picBanner");
+    picBanner = Named(new QLabel(central), "picBanner");
     picBanner->setPixmap(LoadPicture(QStringLiteral("banner")));
     picBanner->setScaledContents(true);
     PlaceTw(picBanner, 0, 0, 9000, 900);
 
-    lblClient = named(new QLabel(QStringLiteral("Client Code:"), central), "lblClient");
+    lblClient = Named(new QLabel(QStringLiteral("Client Code:"), central), "lblClient");
     PlaceTw(lblClient, 360, 1230, 1440, 330);
-    cmbClientCode = named(new QComboBox(central), "cmbClientCode");
+    cmbClientCode = Named(new QComboBox(central), "cmbClientCode");
     PlaceTw(cmbClientCode, 1860, 1170, 2160, 390);
-    txtClientSearch = named(new QLineEdit(central), "txtClientSearch");
+    txtClientSearch = Named(new QLineEdit(central), "txtClientSearch");
     txtClientSearch->setPlaceholderText(QStringLiteral("Search code"));
     txtClientSearch->setToolTip(QStringLiteral("Type the start of a client code"));
     PlaceTw(txtClientSearch, 4140, 1170, 1800, 390);
-    lblClientName = named(new QLabel(QStringLiteral("Client Name:"), central), "lblClientName");
+    lblClientName = Named(new QLabel(QStringLiteral("Client Name:"), central), "lblClientName");
     PlaceTw(lblClientName, 360, 1770, 1440, 330);
-    cmbClientName = named(new QComboBox(central), "cmbClientName");
+    cmbClientName = Named(new QComboBox(central), "cmbClientName");
     PlaceTw(cmbClientName, 1860, 1710, 4080, 390);
-    lblCatNo = named(new QLabel(QStringLiteral("Catalogue:"), central), "lblCatNo");
+    lblCatNo = Named(new QLabel(QStringLiteral("Catalogue:"), central), "lblCatNo");
     PlaceTw(lblCatNo, 360, 2310, 1440, 330);
-    txtCatNo = named(new QLineEdit(central), "txtCatNo");
+    txtCatNo = Named(new QLineEdit(central), "txtCatNo");
     PlaceTw(txtCatNo, 1860, 2250, 2160, 390);
     for (QComboBox *combo : {cmbClientCode, cmbClientName}) {
         combo->setEditable(true);
@@ -81,25 +76,25 @@ frmMainMenu::frmMainMenu()
         combo->setMaxVisibleItems(12);
     }
 
-    picLogo = named(new QLabel(central), "picLogo");
+    picLogo = Named(new QLabel(central), "picLogo");
     picLogo->setPixmap(LoadPicture(QStringLiteral("logo")));
     picLogo->setScaledContents(true);
     PlaceTw(picLogo, 6240, 1080, 2520, 1260);
 
-    linDivider = named(new QFrame(central), "linDivider");
+    linDivider = Named(new QFrame(central), "linDivider");
     linDivider->setFrameShape(QFrame::HLine);
     linDivider->setStyleSheet(QStringLiteral("color: #c9d3de;"));
     PlaceTw(linDivider, 360, 2850, 8280, 30);
 
-    shpSlip = named(new QFrame(central), "shpSlip");
+    shpSlip = Named(new QFrame(central), "shpSlip");
     shpSlip->setStyleSheet(QStringLiteral("#shpSlip { background: #f4f7fa; border: 1px solid #dbe3ec; "
                                           "border-radius: 8px; }"));
     PlaceTw(shpSlip, 240, 3000, 8520, 2220);
 
-    picScanEngineTitle = named(new QLabel(central), "picScanEngineTitle");
+    picScanEngineTitle = Named(new QLabel(central), "picScanEngineTitle");
     picScanEngineTitle->setPixmap(LoadPicture(QStringLiteral("title_scan_engine")));
     PlaceTw(picScanEngineTitle, 480, 3060, 3000, 420);
-    picDatabaseTitle = named(new QLabel(central), "picDatabaseTitle");
+    picDatabaseTitle = Named(new QLabel(central), "picDatabaseTitle");
     picDatabaseTitle->setPixmap(LoadPicture(QStringLiteral("title_database")));
     PlaceTw(picDatabaseTitle, 3960, 3060, 3000, 420);
 
@@ -115,7 +110,7 @@ frmMainMenu::frmMainMenu()
     picLicencesHover = pictureStore(central, "picLicencesHover", QStringLiteral("licenses_hover"));
 
     auto button = [&](const char *name, const char *labelName, const QString &caption, long left, QLabel **label) {
-        auto *b = named(new QToolButton(central), name);
+        auto *b = Named(new QToolButton(central), name);
         b->setAutoRaise(true);
         b->setIconSize(QSize(TwipsToPixels(ButtonSize) - 8, TwipsToPixels(ButtonSize) - 8));
         b->setMouseTracking(true);
@@ -123,7 +118,7 @@ frmMainMenu::frmMainMenu()
         b->setToolTip(caption);
         b->installEventFilter(this);
         PlaceTw(b, left, ButtonTop, ButtonSize, ButtonSize);
-        *label = named(new QLabel(caption, central), labelName);
+        *label = Named(new QLabel(caption, central), labelName);
         (*label)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
         (*label)->setStyleSheet(QStringLiteral("color: #1f3a5f;"));
         PlaceTw(*label, left - 240, LabelTop, ButtonSize + 480, 330);

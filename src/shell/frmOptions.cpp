@@ -13,14 +13,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 
-namespace {
-template <class T> T *named(T *w, const char *name)
-{
-    w->setObjectName(QLatin1String(name));
-    return w;
-}
-} // namespace
-
 frmOptions::frmOptions()
 {
     setObjectName(QStringLiteral("frmOptions"));
@@ -30,44 +22,44 @@ frmOptions::frmOptions()
     setCentralWidget(central);
     setFixedSize(TwipsToPixels(6180), TwipsToPixels(4620));
 
-    lblDefaultScanDevice = named(new QLabel(QStringLiteral("Default &Scan Device:"), central), "lblDefaultScanDevice");
+    lblDefaultScanDevice = Named(new QLabel(QStringLiteral("Default &Scan Device:"), central), "lblDefaultScanDevice");
     PlaceTw(lblDefaultScanDevice, 240, 270, 1950, 300);
-    Drive1 = named(new DriveList(central), "Drive1");
+    Drive1 = Named(new DriveList(central), "Drive1");
     lblDefaultScanDevice->setBuddy(Drive1);
     PlaceTw(Drive1, 2220, 210, 3720, 390);
 
-    fraDefaultReportType = named(new QGroupBox(QStringLiteral("Default Report Type"), central), "fraDefaultReportType");
+    fraDefaultReportType = Named(new QGroupBox(QStringLiteral("Default Report Type"), central), "fraDefaultReportType");
     PlaceTw(fraDefaultReportType, 240, 780, 2760, 1230);
-    optText = named(new QRadioButton(QStringLiteral("Plain Text"), fraDefaultReportType), "optText");
+    optText = Named(new QRadioButton(QStringLiteral("Plain Text"), fraDefaultReportType), "optText");
     PlaceTw(optText, 240, 390, 2300, 330);
-    optHTML = named(new QRadioButton(QStringLiteral("HTML"), fraDefaultReportType), "optHTML");
+    optHTML = Named(new QRadioButton(QStringLiteral("HTML"), fraDefaultReportType), "optHTML");
     PlaceTw(optHTML, 240, 765, 2300, 330);
 
-    fraReportContent = named(new QGroupBox(QStringLiteral("Report Content"), central), "fraReportContent");
+    fraReportContent = Named(new QGroupBox(QStringLiteral("Report Content"), central), "fraReportContent");
     PlaceTw(fraReportContent, 3180, 780, 2760, 1230);
-    optCheckedFiles = named(new QRadioButton(QStringLiteral("Checked Files"), fraReportContent), "optCheckedFiles");
+    optCheckedFiles = Named(new QRadioButton(QStringLiteral("Checked Files"), fraReportContent), "optCheckedFiles");
     PlaceTw(optCheckedFiles, 240, 390, 2300, 330);
-    optAllFiles = named(new QRadioButton(QStringLiteral("All Files"), fraReportContent), "optAllFiles");
+    optAllFiles = Named(new QRadioButton(QStringLiteral("All Files"), fraReportContent), "optAllFiles");
     PlaceTw(optAllFiles, 240, 765, 2300, 330);
 
-    fraCompression = named(new QGroupBox(QStringLiteral("Compression Options"), central), "fraCompression");
+    fraCompression = Named(new QGroupBox(QStringLiteral("Compression Options"), central), "fraCompression");
     PlaceTw(fraCompression, 240, 2160, 5700, 1500);
     chkCheckCompressedFiles =
-        named(new QCheckBox(QStringLiteral("Check Compressed Files"), fraCompression), "chkCheckCompressedFiles");
+        Named(new QCheckBox(QStringLiteral("Check Compressed Files"), fraCompression), "chkCheckCompressedFiles");
     chkCheckCompressedFiles->setChecked(true);
     PlaceTw(chkCheckCompressedFiles, 240, 390, 3000, 330);
-    lblExtractFolder = named(new QLabel(QStringLiteral("Extract Folder:"), fraCompression), "lblExtractFolder");
+    lblExtractFolder = Named(new QLabel(QStringLiteral("Extract Folder:"), fraCompression), "lblExtractFolder");
     PlaceTw(lblExtractFolder, 240, 900, 1380, 300);
-    txtExtractFolder = named(new QLineEdit(fraCompression), "txtExtractFolder");
+    txtExtractFolder = Named(new QLineEdit(fraCompression), "txtExtractFolder");
     txtExtractFolder->setReadOnly(true);
     PlaceTw(txtExtractFolder, 1650, 840, 2790, 390);
-    cmdBrowse = named(new QPushButton(QStringLiteral("&Browse"), fraCompression), "cmdBrowse");
+    cmdBrowse = Named(new QPushButton(QStringLiteral("&Browse"), fraCompression), "cmdBrowse");
     PlaceTw(cmdBrowse, 4560, 825, 960, 420);
 
-    cmdOK = named(new QPushButton(QStringLiteral("OK"), central), "cmdOK");
+    cmdOK = Named(new QPushButton(QStringLiteral("OK"), central), "cmdOK");
     cmdOK->setDefault(true);
     PlaceTw(cmdOK, 3420, 3900, 1200, 450);
-    cmdCancel = named(new QPushButton(QStringLiteral("&Cancel"), central), "cmdCancel");
+    cmdCancel = Named(new QPushButton(QStringLiteral("&Cancel"), central), "cmdCancel");
     PlaceTw(cmdCancel, 4740, 3900, 1200, 450);
 
     On(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
