@@ -129,6 +129,8 @@ void TestCatalogue::init()
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
     const CatalogueTarget t = target(engine);
     QCOMPARE(CreateCatalogue(t, true), QString());
+    // The set-up never replaces a catalogue unless told to.
+    QVERIFY(CreateCatalogue(t, false).contains("--force"));
     QFile::remove(m_app.file("odbc.ini"));
     QCOMPARE(WriteDataSourceEntry(t, m_app.file("odbc.ini")), QString());
     OpenDatabase();

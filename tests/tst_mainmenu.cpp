@@ -324,7 +324,10 @@ void TestMainMenu::logon()
         });
     });
     logon->show();
+    const long widthBefore = logon->Width();
     QTRY_VERIFY_WITH_TIMEOUT(!logon->AnimationRunning && logon->isHidden(), 10000);
+    // The window swelled by 20 + 40 + ... + 320 twips before it went.
+    QVERIFY(qAbs(logon->Width() - (widthBefore + 2720)) <= 16 * 15);
     QCOMPARE(boxes.prompts(), QStringList(2, "Username and/or password are not correct"));
     QCOMPARE(frames.size(), 2);
     QVERIFY(frames[0] != frames[1]); // the logo moved on meanwhile
