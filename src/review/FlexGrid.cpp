@@ -91,6 +91,13 @@ double leadingNumber(const QString &text)
 
 bool isWholeNumber(const QString &text, double *value)
 {
+    // Most cells are names: a text that cannot start a number is passed over without converting it.
+    if (text.isEmpty())
+        return false;
+    const QChar first = text.front();
+    if (!first.isDigit() && !first.isSpace() && first != QLatin1Char('-') && first != QLatin1Char('+') &&
+        first != QLatin1Char('.'))
+        return false;
     bool ok = false;
     const double v = text.trimmed().toDouble(&ok);
     if (ok && value)
@@ -431,6 +438,8 @@ void FlexGrid::setClip(const QString &text)
         if (line.startsWith(QLatin1Char('\n')))
             line = line.mid(1);
         GridRow &row = m_model->rows[r];
+        if (row.cells.size() < std::min(c1 + 1, Cols()))
+            row.cells.resize(std::min(c1 + 1, Cols()));
         int c = c0;
         qsizetype cpos = 0;
         while (c <= c1 && c < Cols()) {
@@ -438,7 +447,7 @@ void FlexGrid::setClip(const QString &text)
             const bool last = tab < 0;
             if (last)
                 tab = line.size();
-            row.ref(c) = line.mid(cpos, tab - cpos).toString();
+            row.cells[c] = line.mid(cpos, tab - cpos).toString();
             ++c;
             if (last)
                 break;
