@@ -27,6 +27,14 @@ QString rowText(int i)
 
 struct Result {
     double totalMs = 0, worstMs = 0, lastMs = 0, sortMs = 0;
+
+    void addBlock(const QElapsedTimer &t)
+    {
+        const double ms = t.nsecsElapsed() / 1e6;
+        totalMs += ms;
+        worstMs = std::max(worstMs, ms);
+        lastMs = ms;
+    }
 };
 
 const QStringList &blocks()
@@ -67,10 +75,7 @@ Result fillFlexGrid()
         grid.setRowSel(total);
         grid.setColSel(3);
         grid.setClip(buffer);
-        const double ms = t.nsecsElapsed() / 1e6;
-        r.totalMs += ms;
-        r.worstMs = std::max(r.worstMs, ms);
-        r.lastMs = ms;
+        r.addBlock(t);
     }
     QElapsedTimer t;
     t.start();
@@ -106,10 +111,7 @@ Result fillTableWidget(bool updates)
             for (int c = 0; c < 4; ++c)
                 table.setItem(first + k, c, new QTableWidgetItem(cells.value(c)));
         }
-        const double ms = t.nsecsElapsed() / 1e6;
-        r.totalMs += ms;
-        r.worstMs = std::max(r.worstMs, ms);
-        r.lastMs = ms;
+        r.addBlock(t);
     }
     QElapsedTimer t;
     t.start();

@@ -25,6 +25,11 @@ VbError sqlFailure(const QSqlError &e, DataSource::Engine engine, const QString 
         text += QStringLiteral(" [") + sql.simplified() + QLatin1Char(']');
     return VbError(Connection::NumberFor(e, engine), text);
 }
+VbError noCurrentRecord()
+{
+    return VbError(DbErr::NoCurrentRecord, QStringLiteral("Either BOF or EOF is True, or the current record has been "
+                                                          "deleted. Requested operation requires a current record."));
+}
 } // namespace
 
 Connection::Connection()
@@ -235,18 +240,14 @@ void Recordset::Open(const QString &sql, Connection *connection, int, int, long)
 void Recordset::MoveFirst()
 {
     if (m_rows.isEmpty())
-        throw VbError(DbErr::NoCurrentRecord,
-                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
-                                     "operation requires a current record."));
+        throw noCurrentRecord();
     m_pos = 0;
 }
 
 void Recordset::MoveNext()
 {
     if (Eof())
-        throw VbError(DbErr::NoCurrentRecord,
-                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
-                                     "operation requires a current record."));
+        throw noCurrentRecord();
     ++m_pos;
 }
 
@@ -257,9 +258,7 @@ QVariant Recordset::Fields(const QString &name) const
         throw VbError(DbErr::ItemNotFound, QStringLiteral("Item cannot be found in the collection corresponding to "
                                                           "the requested name or ordinal."));
     if (Eof() || Bof())
-        throw VbError(DbErr::NoCurrentRecord,
-                      QStringLiteral("Either BOF or EOF is True, or the current record has been deleted. Requested "
-                                     "operation requires a current record."));
+        throw noCurrentRecord();
     return m_rows[m_pos][column];
 }
 

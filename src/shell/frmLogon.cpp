@@ -21,36 +21,28 @@ frmLogon::frmLogon()
     setCentralWidget(central);
     resize(TwipsToPixels(6300), TwipsToPixels(3000));
 
-    picLogo = new QLabel(central);
-    picLogo->setObjectName(QStringLiteral("picLogo"));
+    picLogo = Named(new QLabel(central), "picLogo");
     picLogo->setAlignment(Qt::AlignCenter);
     PlaceTw(picLogo, 300, 600, 1200, 1200);
     for (int i = 1; i <= 8; ++i)
         imglstLoginAnim << LoadPicture(QStringLiteral("logon_%1").arg(i));
 
-    frmKevroLogon = new QGroupBox(QStringLiteral("Logon To KEVRO"), central);
-    frmKevroLogon->setObjectName(QStringLiteral("frmKevroLogon"));
+    frmKevroLogon = Named(new QGroupBox(QStringLiteral("Logon To KEVRO"), central), "frmKevroLogon");
     PlaceTw(frmKevroLogon, 1740, 240, 4260, 1800);
-    lblUserName = new QLabel(QStringLiteral("Username:"), frmKevroLogon);
-    lblUserName->setObjectName(QStringLiteral("lblUserName"));
+    lblUserName = Named(new QLabel(QStringLiteral("Username:"), frmKevroLogon), "lblUserName");
     PlaceTw(lblUserName, 240, 480, 1200, 330);
-    txtUserName = new QLineEdit(frmKevroLogon);
-    txtUserName->setObjectName(QStringLiteral("txtUserName"));
+    txtUserName = Named(new QLineEdit(frmKevroLogon), "txtUserName");
     PlaceTw(txtUserName, 1440, 420, 2580, 390);
-    lblPassword = new QLabel(QStringLiteral("Password:"), frmKevroLogon);
-    lblPassword->setObjectName(QStringLiteral("lblPassword"));
+    lblPassword = Named(new QLabel(QStringLiteral("Password:"), frmKevroLogon), "lblPassword");
     PlaceTw(lblPassword, 240, 1080, 1200, 330);
-    txtPassword = new QLineEdit(frmKevroLogon);
-    txtPassword->setObjectName(QStringLiteral("txtPassword"));
+    txtPassword = Named(new QLineEdit(frmKevroLogon), "txtPassword");
     txtPassword->setEchoMode(QLineEdit::Password);
     PlaceTw(txtPassword, 1440, 1020, 2580, 390);
 
-    txtGo = new QPushButton(QStringLiteral("&Logon"), central);
-    txtGo->setObjectName(QStringLiteral("txtGo"));
+    txtGo = Named(new QPushButton(QStringLiteral("&Logon"), central), "txtGo");
     txtGo->setDefault(true);
     PlaceTw(txtGo, 3420, 2280, 1200, 450);
-    cmdCancel = new QPushButton(QStringLiteral("&Cancel"), central);
-    cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+    cmdCancel = Named(new QPushButton(QStringLiteral("&Cancel"), central), "cmdCancel");
     PlaceTw(cmdCancel, 4800, 2280, 1200, 450);
 
     On(txtGo, &QPushButton::clicked, this, [this] { Submit(); });
