@@ -4,7 +4,7 @@
 // the time per block (mean, worst, and the last one, at the full size), the fill's total, the sort by
 // file name that follows, and the ratios.
 
-#include "review/FlexGrid.h"
+#include "controls/FlexGrid.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

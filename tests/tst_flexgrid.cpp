@@ -4,8 +4,8 @@
 #include "TestSupport.h"
 
 #include "platform/VbError.h"
-#include "review/FlexGrid.h"
-#include "shell/Form.h"
+#include "controls/FlexGrid.h"
+#include "controls/Form.h"
 #include "shell/MainModScreens.h"
 
 #include <QApplication>

@@ -10,7 +10,7 @@
 #include "platform/MsgBox.h"
 #include "platform/VbError.h"
 #include "shell/CAutoComplete.h"
-#include "shell/Forms.h"
+#include "controls/Forms.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 #include "shell/frmLogon.h"

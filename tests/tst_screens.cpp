@@ -6,15 +6,15 @@
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
 #include "platform/VbError.h"
-#include "shell/DriveList.h"
-#include "shell/Forms.h"
+#include "controls/DriveList.h"
+#include "controls/Forms.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 #include "shell/Progress.h"
 #include "shell/frmAbout.h"
 #include "shell/frmOptions.h"
 #include "shell/frmProgressBox.h"
-#include "shell/QuickTimeViewer.h"
+#include "controls/QuickTimeViewer.h"
 #include "shell/frmSplash.h"
 
 #include <QCheckBox>

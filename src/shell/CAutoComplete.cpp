@@ -1,7 +1,7 @@
 #include "shell/CAutoComplete.h"
 
 #include "platform/VbError.h"
-#include "shell/Form.h"
+#include "controls/KeyCodes.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -2,7 +2,7 @@
 
 #include "platform/Events.h"
 #include "platform/SingleInstance.h"
-#include "shell/Forms.h"
+#include "controls/Forms.h"
 #include "shell/MainMod.h"
 #include "shell/frmMainMenu.h"
 #include "shell/frmSplash.h"

@@ -1,10 +1,10 @@
 #include "shell/MainModScreens.h"
 
 #include "platform/Events.h"
-#include "platform/MsgBoxDialog.h"
+#include "controls/MsgBoxDialog.h"
 #include "platform/ShellOpen.h"
-#include "review/FlexGrid.h"
-#include "shell/Forms.h"
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
 #include "shell/Progress.h"
 #include "shell/frmAbout.h"
 #include "shell/frmOptions.h"

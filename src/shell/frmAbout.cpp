@@ -2,7 +2,7 @@
 
 #include "platform/Events.h"
 #include "platform/VbError.h"
-#include "shell/Pictures.h"
+#include "controls/Pictures.h"
 
 #include <QEvent>
 #include <QLabel>

@@ -3,8 +3,8 @@
 #include "platform/Events.h"
 #include "platform/MsgBox.h"
 #include "platform/VbError.h"
-#include "shell/Forms.h"
-#include "shell/Pictures.h"
+#include "controls/Forms.h"
+#include "controls/Pictures.h"
 #include "shell/frmMainMenu.h"
 
 #include <QGroupBox>

@@ -8,7 +8,7 @@
 #include "shell/CAutoComplete.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
-#include "shell/Pictures.h"
+#include "controls/Pictures.h"
 
 #include <QAction>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "shell/Form.h"
-#include "shell/Menus.h"
+#include "controls/Form.h"
+#include "controls/Menus.h"
 
 class CAutoComplete;
 class QComboBox;

@@ -3,7 +3,7 @@
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
 #include "platform/VbError.h"
-#include "shell/DriveList.h"
+#include "controls/DriveList.h"
 #include "shell/MainMod.h"
 
 #include <QCheckBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/Form.h"
+#include "controls/Form.h"
 
 class DriveList;
 class QCheckBox;

@@ -3,8 +3,8 @@
 #include "platform/Events.h"
 #include "platform/MsgBox.h"
 #include "platform/VbError.h"
-#include "shell/Pictures.h"
-#include "shell/QuickTimeViewer.h"
+#include "controls/Pictures.h"
+#include "controls/QuickTimeViewer.h"
 
 #include <QLabel>
 #include <QPointer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/Form.h"
+#include "controls/Form.h"
 
 #include <QPointer>
 

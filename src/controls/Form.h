@@ -1,10 +1,9 @@
 #pragma once
 
+#include "controls/Twips.h"
 #include "platform/Events.h"
 
 #include <QMainWindow>
-
-class QKeyEvent;
 
 // The unload modes of a close request.
 enum UnloadMode { vbFormControlMenu = 0, vbFormCode = 1, vbAppWindows = 2 };
@@ -65,21 +64,3 @@ template <class T> T *Named(T *w, const char *name)
     w->setObjectName(QLatin1String(name));
     return w;
 }
-
-// Controls placed in twips, relative to their parent.
-void PlaceTw(QWidget *w, long left, long top, long width, long height);
-long LeftTw(const QWidget *w);
-long TopTw(const QWidget *w);
-long WidthTw(const QWidget *w);
-long HeightTw(const QWidget *w);
-void SetLeftTw(QWidget *w, long twips);
-void SetTopTw(QWidget *w, long twips);
-
-// The size of the screen in twips.
-long ScreenWidthTw();
-long ScreenHeightTw();
-
-// The key code and the key character of a key event, as the original's KeyDown and KeyPress had them.
-int VbKeyCode(const QKeyEvent *event);
-int VbKeyAscii(const QKeyEvent *event);
-int VbShift(const QKeyEvent *event);

@@ -1,10 +1,12 @@
-#include "review/FlexGrid.h"
+#include "controls/FlexGrid.h"
+
+#include "controls/FlexGridModel.h"
 
 #include "platform/Events.h"
 #include "platform/VbError.h"
-#include "shell/Form.h"
+#include "controls/KeyCodes.h"
+#include "controls/Twips.h"
 
-#include <QAbstractTableModel>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -16,49 +18,6 @@
 #include <cmath>
 
 namespace {
-struct CellPic {
-    QPixmap picture;
-    int alignment = FlexGrid::flexAlignLeftCenter;
-};
-
-// A row's cells are made on first write: a new row costs nothing until text goes into it.
-struct GridRow {
-    QList<QString> cells;
-    QHash<int, CellPic> pictures; // by column; most rows have none
-
-    QString at(int c) const { return c < cells.size() ? cells[c] : QString(); }
-    QString &ref(int c)
-    {
-        if (cells.size() <= c)
-            cells.resize(c + 1);
-        return cells[c];
-    }
-};
-
-Qt::Alignment toQt(int a)
-{
-    switch (a) {
-    case FlexGrid::flexAlignLeftTop:
-        return Qt::AlignLeft | Qt::AlignTop;
-    case FlexGrid::flexAlignLeftBottom:
-        return Qt::AlignLeft | Qt::AlignBottom;
-    case FlexGrid::flexAlignCenterTop:
-        return Qt::AlignHCenter | Qt::AlignTop;
-    case FlexGrid::flexAlignCenterCenter:
-        return Qt::AlignCenter;
-    case FlexGrid::flexAlignCenterBottom:
-        return Qt::AlignHCenter | Qt::AlignBottom;
-    case FlexGrid::flexAlignRightTop:
-        return Qt::AlignRight | Qt::AlignTop;
-    case FlexGrid::flexAlignRightCenter:
-        return Qt::AlignRight | Qt::AlignVCenter;
-    case FlexGrid::flexAlignRightBottom:
-        return Qt::AlignRight | Qt::AlignBottom;
-    default:
-        return Qt::AlignLeft | Qt::AlignVCenter;
-    }
-}
-
 // The leading number of a text, as Val reads it: blanks skipped, digits, one point, an exponent.
 double leadingNumber(const QString &text)
 {
@@ -89,22 +48,6 @@ double leadingNumber(const QString &text)
     return ok ? v : 0.0;
 }
 
-bool isWholeNumber(const QString &text, double *value)
-{
-    // Most cells are names: a text that cannot start a number is passed over without converting it.
-    if (text.isEmpty())
-        return false;
-    const QChar first = text.front();
-    if (!first.isDigit() && !first.isSpace() && first != QLatin1Char('-') && first != QLatin1Char('+') &&
-        first != QLatin1Char('.'))
-        return false;
-    bool ok = false;
-    const double v = text.trimmed().toDouble(&ok);
-    if (ok && value)
-        *value = v;
-    return ok && !text.trimmed().isEmpty();
-}
-
 class PictureDelegate final : public QStyledItemDelegate
 {
 public:
@@ -124,99 +67,6 @@ public:
     }
 };
 } // namespace
-
-class FlexGridModel final : public QAbstractTableModel
-{
-public:
-    explicit FlexGridModel(FlexGrid *grid) : QAbstractTableModel(grid), m_grid(grid) {}
-
-    QList<GridRow> rows;
-    int cols = 2;
-    int fixedRows = 1;
-    QList<int> colAlign;
-
-    int visibleFixed() const { return std::min<int>(fixedRows, 1); }
-    int rowCount(const QModelIndex &parent = {}) const override
-    {
-        return parent.isValid() ? 0 : std::max<int>(0, rows.size() - visibleFixed());
-    }
-    int columnCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : cols; }
-
-    QVariant data(const QModelIndex &index, int role) const override
-    {
-        const int r = index.row() + visibleFixed();
-        if (r >= rows.size())
-            return {};
-        const GridRow &row = rows[r];
-        switch (role) {
-        case Qt::DisplayRole:
-            return row.at(index.column());
-        case Qt::TextAlignmentRole:
-            return int(alignmentFor(index.column(), row.at(index.column())));
-        case Qt::DecorationRole: {
-            const auto it = row.pictures.constFind(index.column());
-            return it == row.pictures.constEnd() ? QVariant() : QVariant(it->picture);
-        }
-        case Qt::UserRole: {
-            const auto it = row.pictures.constFind(index.column());
-            return int(toQt(it == row.pictures.constEnd() ? 1 : it->alignment));
-        }
-        case Qt::ToolTipRole:
-            return m_grid->ToolTipText().isEmpty() ? QVariant() : QVariant(m_grid->ToolTipText());
-        default:
-            return {};
-        }
-    }
-
-    QVariant headerData(int section, Qt::Orientation o, int role) const override
-    {
-        if (o != Qt::Horizontal || fixedRows == 0 || rows.isEmpty())
-            return {};
-        if (role == Qt::DisplayRole)
-            return rows[0].at(section);
-        if (role == Qt::TextAlignmentRole)
-            return int(Qt::AlignLeft | Qt::AlignVCenter);
-        return {};
-    }
-
-    Qt::Alignment alignmentFor(int col, const QString &text) const
-    {
-        const int a = col < colAlign.size() ? colAlign[col] : FlexGrid::flexAlignGeneral;
-        if (a == FlexGrid::flexAlignGeneral) {
-            double v;
-            return isWholeNumber(text, &v) ? (Qt::AlignRight | Qt::AlignVCenter) : (Qt::AlignLeft | Qt::AlignVCenter);
-        }
-        return toQt(a);
-    }
-
-
-    // Appends blank rows, telling the view only of the new rows.
-    void appendRows(int count)
-    {
-        const int first = rowCount();
-        beginInsertRows({}, first, first + count - 1);
-        rows.resize(rows.size() + count);
-        endInsertRows();
-    }
-
-    void reset()
-    {
-        beginResetModel();
-        endResetModel();
-    }
-    void cellChanged(int r, int c)
-    {
-        if (r < visibleFixed()) {
-            Q_EMIT headerDataChanged(Qt::Horizontal, c, c);
-            return;
-        }
-        const QModelIndex i = index(r - visibleFixed(), c);
-        Q_EMIT dataChanged(i, i);
-    }
-
-private:
-    FlexGrid *m_grid;
-};
 
 FlexGrid::FlexGrid(QWidget *parent) : QTableView(parent), m_model(new FlexGridModel(this))
 {
@@ -592,7 +442,7 @@ void FlexGrid::setSort(int order)
         for (int c = c0; c <= c1; ++c) {
             Key &k = keys[size_t(i) * width + (c - c0)];
             k.text = rows[first + i].at(c);
-            k.isNumber = numeric || isWholeNumber(k.text, &k.number);
+            k.isNumber = numeric || IsWholeNumber(k.text, &k.number);
             if (numeric)
                 k.number = leadingNumber(k.text);
         }

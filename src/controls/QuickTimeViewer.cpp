@@ -1,4 +1,4 @@
-#include "shell/QuickTimeViewer.h"
+#include "controls/QuickTimeViewer.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "shell/Menus.h"
+#include "controls/Menus.h"
 
-#include "shell/Form.h"
+#include "controls/Form.h"
 
 #include <QMenuBar>
 

@@ -1,4 +1,4 @@
-#include "shell/Pictures.h"
+#include "controls/Pictures.h"
 
 #include "platform/Paths.h"
 

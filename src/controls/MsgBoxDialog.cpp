@@ -1,4 +1,4 @@
-#include "platform/MsgBoxDialog.h"
+#include "controls/MsgBoxDialog.h"
 
 #include "platform/MsgBox.h"
 

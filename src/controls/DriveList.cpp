@@ -1,4 +1,4 @@
-#include "shell/DriveList.h"
+#include "controls/DriveList.h"
 
 #include "platform/Paths.h"
 #include "platform/VbError.h"
