@@ -25,11 +25,14 @@ constexpr long SubscriptOutOfRange = 9;
 constexpr long BadFileName = 52;
 constexpr long FileNotFound = 53;
 constexpr long FileAlreadyExists = 58;
+constexpr long DeviceIOError = 57;
 constexpr long DeviceUnavailable = 68;
 constexpr long PermissionDenied = 70;
 constexpr long PathFileAccess = 75;
 constexpr long PathNotFound = 76;
+constexpr long InvalidFileFormat = 321;
 constexpr long InvalidPropertyValue = 380;
+constexpr long SetNotPermitted = 387;
 constexpr long InvalidRowValue = 30009;
 constexpr long InvalidColValue = 30010;
 } // namespace VbErr
