@@ -1,1 +1,533 @@
 #include "scan/ArchiveExpander.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStringDecoder>
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <clocale>
+#include <cstring>
+#include <langinfo.h>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace {
+constexpr int64_t KiB = 1024;
+constexpr int64_t MiB = 1024 * KiB;
+constexpr int64_t GiB = 1024 * MiB;
+constexpr size_t kReadBlock = 64 * KiB;
+constexpr size_t kWriteBlock = 256 * KiB;
+// How often an expansion lets the screen breathe: a click on Cancel must not wait long.
+constexpr auto kPumpInterval = std::chrono::milliseconds(40);
+
+// The DOS code page 437, bytes 0x80 to 0xFF.
+constexpr char16_t kCp437High[128] = {
+    0x00C7, 0x00FC, 0x00E9, 0x00E2, 0x00E4, 0x00E0, 0x00E5, 0x00E7, 0x00EA, 0x00EB, 0x00E8, 0x00EF, 0x00EE,
+    0x00EC, 0x00C4, 0x00C5, 0x00C9, 0x00E6, 0x00C6, 0x00F4, 0x00F6, 0x00F2, 0x00FB, 0x00F9, 0x00FF, 0x00D6,
+    0x00DC, 0x00A2, 0x00A3, 0x00A5, 0x20A7, 0x0192, 0x00E1, 0x00ED, 0x00F3, 0x00FA, 0x00F1, 0x00D1, 0x00AA,
+    0x00BA, 0x00BF, 0x2310, 0x00AC, 0x00BD, 0x00BC, 0x00A1, 0x00AB, 0x00BB, 0x2591, 0x2592, 0x2593, 0x2502,
+    0x2524, 0x2561, 0x2562, 0x2556, 0x2555, 0x2563, 0x2551, 0x2557, 0x255D, 0x255C, 0x255B, 0x2510, 0x2514,
+    0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F, 0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550,
+    0x256C, 0x2567, 0x2568, 0x2564, 0x2565, 0x2559, 0x2558, 0x2552, 0x2553, 0x256B, 0x256A, 0x2518, 0x250C,
+    0x2588, 0x2584, 0x258C, 0x2590, 0x2580, 0x03B1, 0x00DF, 0x0393, 0x03C0, 0x03A3, 0x03C3, 0x00B5, 0x03C4,
+    0x03A6, 0x0398, 0x03A9, 0x03B4, 0x221E, 0x03C6, 0x03B5, 0x2229, 0x2261, 0x00B1, 0x2265, 0x2264, 0x2320,
+    0x2321, 0x00F7, 0x2248, 0x00B0, 0x2219, 0x00B7, 0x221A, 0x207F, 0x00B2, 0x25A0, 0x00A0};
+
+struct ArchiveCloser {
+    void operator()(archive *a) const { archive_read_free(a); }
+};
+using ArchivePtr = std::unique_ptr<archive, ArchiveCloser>;
+
+class Fd final
+{
+public:
+    explicit Fd(int fd = -1) : m_fd(fd) {}
+    ~Fd() { reset(); }
+    Fd(Fd &&o) noexcept : m_fd(o.release()) {}
+    Fd &operator=(Fd &&o) noexcept
+    {
+        if (this != &o) {
+            reset();
+            m_fd = o.release();
+        }
+        return *this;
+    }
+    int get() const { return m_fd; }
+    int release()
+    {
+        const int fd = m_fd;
+        m_fd = -1;
+        return fd;
+    }
+    void reset()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+        m_fd = -1;
+    }
+
+private:
+    int m_fd;
+};
+
+// The readers of the formats a disc's archives come in: ZIP, also behind a self-extractor's program
+// stub (the seeking reader finds its directory from the end), and the self-extractors of 7-Zip, RAR
+// (both generations) and Microsoft's cabinet maker. Nothing else: a .ZIP or .EXE in any other format
+// is no archive to this system.
+ArchivePtr newReader()
+{
+    ArchivePtr a(archive_read_new());
+    archive_read_support_format_zip_seekable(a.get());
+    archive_read_support_format_zip_streamable(a.get());
+    archive_read_support_format_7zip(a.get());
+    archive_read_support_format_rar(a.get());
+    archive_read_support_format_rar5(a.get());
+    archive_read_support_format_cab(a.get());
+    return a;
+}
+
+long openError(int err)
+{
+    switch (err) {
+    case ENOENT:
+    case ENOTDIR:
+        return VbErr::FileNotFound;
+    case EACCES:
+    case EPERM:
+        return VbErr::PermissionDenied;
+    default:
+        return VbErr::DeviceIOError;
+    }
+}
+
+// Opens the archive file itself; a file that cannot be opened raises the runtime's file error.
+Fd openArchiveFile(const QString &path)
+{
+    Fd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    if (fd.get() < 0)
+        RaiseVbError(openError(errno));
+    return fd;
+}
+
+bool unrecognised(archive *a)
+{
+    const char *msg = archive_error_string(a);
+    return msg && std::strstr(msg, "Unrecognized archive format");
+}
+
+QString libarchiveMessage(archive *a)
+{
+    const char *msg = archive_error_string(a);
+    return msg ? QString::fromLocal8Bit(msg).simplified() : QStringLiteral("unreadable");
+}
+
+QString sizeText(int64_t bytes)
+{
+    if (bytes % GiB == 0)
+        return QString::number(bytes / GiB) + QStringLiteral(" GB");
+    return QString::number(bytes / MiB) + QStringLiteral(" MB");
+}
+
+bool isUtf8Codeset()
+{
+    const char *cs = nl_langinfo(CODESET);
+    return cs && (std::strcmp(cs, "UTF-8") == 0 || std::strcmp(cs, "utf8") == 0);
+}
+} // namespace
+
+// One expansion of one archive: the reader, the target folder's handle and the running counts.
+struct ArchiveExpander::Run {
+    ArchiveExpander &owner;
+    archive *a;
+    int targetFd;
+    int64_t archiveSize;
+    QByteArray targetNative;
+    int64_t archiveWritten = 0;
+    int lastPercent = -1;
+    std::chrono::steady_clock::time_point lastPump = std::chrono::steady_clock::now();
+    bool stopped = false; // by a bound or an abort
+    bool broken = false;  // the reader cannot go on past a damaged member
+    std::vector<char> buffer = std::vector<char>(kWriteBlock);
+
+    void warn(const QString &member, const QString &why) { owner.m_warnings.append(member + QStringLiteral(": ") + why); }
+
+    void stop(const QString &member, const QString &why)
+    {
+        owner.m_warnings.append(QStringLiteral("Expansion stopped at ") + member + QStringLiteral(": ") + why);
+        stopped = true;
+    }
+
+    void report(bool force)
+    {
+        if (owner.m_observer.progress && archiveSize > 0) {
+            const int64_t read = archive_filter_bytes(a, -1);
+            const int percent = static_cast<int>(std::clamp<int64_t>(read * 100 / archiveSize, 0, 100));
+            if (percent != lastPercent) {
+                lastPercent = percent;
+                owner.m_observer.progress(percent);
+            }
+        }
+        const auto now = std::chrono::steady_clock::now();
+        if (owner.m_observer.pumpEvents && (force || now - lastPump >= kPumpInterval)) {
+            lastPump = now;
+            owner.m_observer.pumpEvents();
+        }
+    }
+
+    // The member's path below the target folder, as its folder names; empty with a reason when the
+    // member must not be written. Backslashes separate folders as they do in DOS-made archives, a
+    // leading "/" or drive is dropped, and a ".." anywhere refuses the member.
+    QStringList parts(const QString &name, QString &why) const
+    {
+        QString p = name;
+        p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        QStringList out;
+        const QStringList raw = p.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+        for (int i = 0; i < raw.size(); ++i) {
+            const QString &c = raw[i];
+            if (c == QLatin1String("."))
+                continue;
+            if (c == QLatin1String("..")) {
+                why = QStringLiteral("leads outside the archive's folder");
+                return {};
+            }
+            if (i == 0 && out.isEmpty() && c.size() == 2 && c[1] == QLatin1Char(':') && c[0].isLetter())
+                continue;
+            out.append(c);
+        }
+        if (out.isEmpty())
+            why = QStringLiteral("has no name");
+        return out;
+    }
+
+    QString errnoReason(int err) const
+    {
+        switch (err) {
+        case ENAMETOOLONG:
+            return QStringLiteral("name too long for this file system");
+        case EILSEQ:
+        case EINVAL:
+            return QStringLiteral("name cannot be created on this file system");
+        case ELOOP:
+        case ENOTDIR:
+        case EISDIR:
+        case EEXIST:
+            return QStringLiteral("clashes with another member of another kind");
+        case ENOSPC:
+            return QStringLiteral("no space left on the extract folder's disk");
+        default:
+            return QString::fromLocal8Bit(std::strerror(err));
+        }
+    }
+
+    // Opens (creating as needed) the folders of a member below the target, never through a link.
+    Fd openFolders(const QStringList &folders, int count, QString &why) const
+    {
+        Fd dir(::dup(targetFd));
+        for (int i = 0; i < count; ++i) {
+            const QByteArray c = QFile::encodeName(folders[i]);
+            int fd = ::openat(dir.get(), c.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (fd < 0 && errno == ENOENT) {
+                if (::mkdirat(dir.get(), c.constData(), 0755) != 0 && errno != EEXIST) {
+                    why = errnoReason(errno);
+                    return Fd();
+                }
+                fd = ::openat(dir.get(), c.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            }
+            if (fd < 0) {
+                why = errnoReason(errno);
+                return Fd();
+            }
+            dir = Fd(fd);
+        }
+        return dir;
+    }
+
+    bool boundsAllow(const QString &member, int64_t more, int64_t memberWritten, int64_t memberRead)
+    {
+        const Limits &l = owner.m_limits;
+        if (archiveWritten + more > l.archiveBytes) {
+            stop(member, QStringLiteral("the archive would unpack to more than ") + sizeText(l.archiveBytes));
+            return false;
+        }
+        if (owner.m_scanTotal + more > l.scanBytes) {
+            stop(member, QStringLiteral("the disc's archives would unpack to more than ") + sizeText(l.scanBytes));
+            return false;
+        }
+        const int64_t after = memberWritten + more;
+        if (after > l.ratioFloorBytes && after > l.maxRatio * std::max<int64_t>(memberRead, 1)) {
+            stop(member, QStringLiteral("it unpacks to more than ") + QString::number(l.maxRatio) +
+                             QStringLiteral(" times its packed size"));
+            return false;
+        }
+        return true;
+    }
+
+    bool spaceLeft(const QString &member)
+    {
+        struct statvfs vfs;
+        if (::fstatvfs(targetFd, &vfs) != 0)
+            return true;
+        const int64_t free = static_cast<int64_t>(vfs.f_bavail) * static_cast<int64_t>(vfs.f_frsize);
+        if (free - static_cast<int64_t>(kWriteBlock) < owner.m_limits.freeSpaceReserve) {
+            stop(member, QStringLiteral("less than ") + sizeText(owner.m_limits.freeSpaceReserve) +
+                             QStringLiteral(" would stay free on the extract folder's disk"));
+            return false;
+        }
+        return true;
+    }
+
+    // Writes one regular member. Its file holds exactly what was unpacked; a file left unfinished is
+    // removed.
+    void writeFile(const QString &member, const QStringList &path)
+    {
+        QString why;
+        Fd dir = openFolders(path, static_cast<int>(path.size()) - 1, why);
+        if (dir.get() < 0) {
+            warn(member, why);
+            return;
+        }
+        const QByteArray leaf = QFile::encodeName(path.last());
+        Fd out(::openat(dir.get(), leaf.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644));
+        if (out.get() < 0) {
+            warn(member, errnoReason(errno));
+            return;
+        }
+        int64_t written = 0;
+        // An unfinished file goes, and its bytes no longer count against the bounds.
+        auto discard = [&] {
+            out.reset();
+            ::unlinkat(dir.get(), leaf.constData(), 0);
+            archiveWritten -= written;
+            owner.m_scanTotal -= written;
+        };
+        const int64_t readAtStart = archive_filter_bytes(a, -1);
+        int64_t sinceSpaceCheck = 0;
+        if (!spaceLeft(member)) {
+            discard();
+            return;
+        }
+        for (;;) {
+            const la_ssize_t n = archive_read_data(a, buffer.data(), buffer.size());
+            if (n == 0)
+                break;
+            if (n < 0) {
+                discard();
+                broken = n == ARCHIVE_FATAL;
+                warn(member, QStringLiteral("damaged (") + libarchiveMessage(a) +
+                                 (broken ? QStringLiteral("); the rest of the archive cannot be read") : QStringLiteral(")")));
+                return;
+            }
+            if (owner.m_abort) {
+                discard();
+                stopped = true;
+                return;
+            }
+            if (!boundsAllow(member, n, written, archive_filter_bytes(a, -1) - readAtStart)) {
+                discard();
+                return;
+            }
+            sinceSpaceCheck += n;
+            if (sinceSpaceCheck >= 64 * MiB) {
+                sinceSpaceCheck = 0;
+                if (!spaceLeft(member)) {
+                    discard();
+                    return;
+                }
+            }
+            const char *p = buffer.data();
+            la_ssize_t left = n;
+            while (left > 0) {
+                const ssize_t w = ::write(out.get(), p, static_cast<size_t>(left));
+                if (w < 0) {
+                    if (errno == EINTR)
+                        continue;
+                    const int err = errno;
+                    discard();
+                    warn(member, errnoReason(err));
+                    return;
+                }
+                p += w;
+                left -= w;
+            }
+            written += n;
+            archiveWritten += n;
+            owner.m_scanTotal += n;
+            report(false);
+        }
+    }
+
+    void entry(archive_entry *e)
+    {
+        QString member;
+        if (const char *raw = archive_entry_pathname(e))
+            member = DecodeMemberName(raw);
+        else if (const char *utf8 = archive_entry_pathname_utf8(e))
+            member = QString::fromUtf8(utf8);
+        else if (const wchar_t *wide = archive_entry_pathname_w(e))
+            member = QString::fromWCharArray(wide);
+        if (archive_entry_is_encrypted(e)) {
+            warn(member, QStringLiteral("encrypted"));
+            return;
+        }
+        const mode_t type = archive_entry_filetype(e);
+        if (archive_entry_hardlink(e) || archive_entry_symlink(e) || type == AE_IFLNK) {
+            warn(member, QStringLiteral("a link, not a file"));
+            return;
+        }
+        if (type != AE_IFREG && type != AE_IFDIR && type != 0) {
+            warn(member, QStringLiteral("not a file or a folder"));
+            return;
+        }
+        QString why;
+        const QStringList path = parts(member, why);
+        if (path.isEmpty()) {
+            warn(member, why);
+            return;
+        }
+        const QByteArray full = targetNative + '/' + QFile::encodeName(path.join(QLatin1Char('/')));
+        if (full.size() >= PATH_MAX) {
+            warn(member, QStringLiteral("path too long for this file system"));
+            return;
+        }
+        if (type == AE_IFDIR) {
+            if (openFolders(path, static_cast<int>(path.size()), why).get() < 0)
+                warn(member, why);
+            return;
+        }
+        writeFile(member, path);
+    }
+};
+
+ArchiveExpander::Limits ArchiveExpander::DefaultLimits()
+{
+    // A disc holds at most a few tens of GB; a single archive on it that unpacks beyond 4 GB, or a
+    // member that keeps growing past 16 MB at more than 200 to 1 (deflate peaks near 1000 to 1 only on
+    // runs of one byte), is no software distribution but a bomb.
+    return Limits{4 * GiB, 16 * GiB, 16 * MiB, 200, 1 * GiB};
+}
+
+ArchiveExpander::ArchiveExpander() : ArchiveExpander(DefaultLimits()) {}
+
+ArchiveExpander::ArchiveExpander(Limits limits) : m_limits(limits)
+{
+    PrepareLocale();
+}
+
+void ArchiveExpander::PrepareLocale()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        if (isUtf8Codeset())
+            return;
+        for (const char *name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"}) {
+            if (std::setlocale(LC_CTYPE, name) && isUtf8Codeset())
+                return;
+        }
+    });
+}
+
+QString ArchiveExpander::DecodeMemberName(const char *raw)
+{
+    if (!raw)
+        return QString();
+    const QByteArray bytes(raw);
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = utf8.decode(bytes);
+    if (!utf8.hasError())
+        return text;
+    text.clear();
+    text.reserve(bytes.size());
+    for (const char c : bytes) {
+        const auto b = static_cast<unsigned char>(c);
+        text.append(b < 0x80 ? QChar(b) : QChar(kCp437High[b - 0x80]));
+    }
+    return text;
+}
+
+long ArchiveExpander::ReadContents(const QString &archivePath)
+{
+    Fd fd = openArchiveFile(archivePath);
+    ArchivePtr a = newReader();
+    if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
+        if (unrecognised(a.get()))
+            return 1;
+        throw VbError(ErrDamagedArchive, libarchiveMessage(a.get()));
+    }
+    archive_entry *e = nullptr;
+    int retries = 0;
+    for (long count = 0;; ++count) {
+        const int r = archive_read_next_header(a.get(), &e);
+        if (r == ARCHIVE_EOF)
+            return 0;
+        if (r == ARCHIVE_RETRY && ++retries < 16)
+            continue;
+        if (r < ARCHIVE_WARN)
+            throw VbError(ErrDamagedArchive, libarchiveMessage(a.get()));
+        if (m_observer.pumpEvents && count % 256 == 255)
+            m_observer.pumpEvents();
+        if (m_abort)
+            return 0;
+    }
+}
+
+bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFolder)
+{
+    m_warnings.clear();
+    if (!QDir().mkpath(targetFolder)) {
+        m_warnings.append(targetFolder + QStringLiteral(": the folder cannot be made"));
+        return true;
+    }
+    const QByteArray targetNative = QFile::encodeName(QDir(targetFolder).canonicalPath());
+    Fd target(::open(targetNative.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (target.get() < 0) {
+        m_warnings.append(targetFolder + QStringLiteral(": the folder cannot be opened"));
+        return true;
+    }
+    Fd fd;
+    try {
+        fd = openArchiveFile(archivePath);
+    } catch (const VbError &e) {
+        m_warnings.append(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
+        return true;
+    }
+    struct stat st;
+    const int64_t size = ::fstat(fd.get(), &st) == 0 ? static_cast<int64_t>(st.st_size) : 0;
+    ArchivePtr a = newReader();
+    if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
+        m_warnings.append(QStringLiteral("the archive cannot be read (") + libarchiveMessage(a.get()) + QLatin1Char(')'));
+        return true;
+    }
+    Run run{*this, a.get(), target.get(), size, targetNative};
+    archive_entry *e = nullptr;
+    int retries = 0;
+    while (!run.stopped && !run.broken && !m_abort) {
+        const int r = archive_read_next_header(a.get(), &e);
+        if (r == ARCHIVE_EOF)
+            break;
+        if (r == ARCHIVE_RETRY && ++retries < 16)
+            continue;
+        if (r < ARCHIVE_WARN) {
+            m_warnings.append(QStringLiteral("the rest of the archive is damaged (") + libarchiveMessage(a.get()) +
+                              QLatin1Char(')'));
+            break;
+        }
+        run.entry(e);
+        run.report(false);
+    }
+    if (m_observer.progress && !run.stopped && !m_abort)
+        m_observer.progress(100);
+    return !run.stopped && !m_abort;
+}

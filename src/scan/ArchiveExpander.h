@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/VbError.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -39,7 +41,7 @@ public:
     // non-zero (and no message) when it is no archive at all. A file that is an archive but cannot be
     // listed (damaged, truncated, headers encrypted) raises VbError with ErrDamagedArchive; a file that
     // cannot be opened raises the runtime's file errors (53, 70, 57).
-    static constexpr long ErrDamagedArchive = 321; // the runtime's "Invalid file format"
+    static constexpr long ErrDamagedArchive = VbErr::InvalidFileFormat;
     long ReadContents(const QString &archivePath);
 
     // Expands every member into targetFolder (created as needed), keeping the member's folders and
@@ -71,4 +73,7 @@ private:
     bool m_abort = false;
     QStringList m_warnings;
     int64_t m_scanTotal = 0;
+
+    struct Run;
+    friend struct Run;
 };
