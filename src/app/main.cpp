@@ -1,12 +1,12 @@
 // KEVRO, the desktop program. It takes no arguments.
 
 #include "platform/VbError.h"
+#include "scan/ArchiveExpander.h"
 #include "shell/Main.h"
 #include "shell/MainModScreens.h"
 
 #include <QApplication>
 
-#include <clocale>
 
 int main(int argc, char **argv)
 {
@@ -20,7 +20,7 @@ int main(int argc, char **argv)
     // The screens are the program: hiding the last of them on the way to the next must not end it.
     QApplication::setQuitOnLastWindowClosed(false);
     // Member names of archives are read in the locale's character set: keep it UTF-8.
-    std::setlocale(LC_CTYPE, "C.UTF-8");
+    ArchiveExpander::PrepareLocale();
     InstallScreenServices();
     int code = 0;
     RunHandler([&] { code = Main(); });

@@ -525,7 +525,8 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
             break;
         }
         run.entry(e);
-        run.report(false);
+        // Between members a click on Cancel always gets through, however quickly they come.
+        run.report(true);
     }
     if (m_observer.progress && !run.stopped && !m_abort)
         m_observer.progress(100);
