@@ -3,6 +3,9 @@
 #include "platform/Paths.h"
 #include "platform/VbError.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 DriveList::DriveList(QWidget *parent) : QComboBox(parent)
 {
     Refresh();
@@ -18,6 +21,10 @@ void DriveList::Refresh()
         if (!v.label.isEmpty())
             text += QStringLiteral(" [") + v.label + QLatin1Char(']');
         addItem(text, v.root);
+    }
+    for (const QString &folder : std::as_const(m_folders)) {
+        if (findData(folder) < 0)
+            addItem(folder, folder);
     }
     const int i = findData(current);
     setCurrentIndex(i >= 0 ? i : 0);
@@ -37,7 +44,17 @@ void DriveList::setDrive(const QString &drive)
         root = root.left(bracket);
     if (root.size() > 1 && root.endsWith(QLatin1Char('/')))
         root.chop(1);
-    const int i = findData(root);
+    int i = findData(root);
+    if (i < 0 && root.startsWith(QLatin1Char('/')) && QFileInfo(root).isDir()) {
+        // A folder joins the list as a volume of its own.
+        root = QDir::cleanPath(root);
+        i = findData(root);
+        if (i < 0) {
+            m_folders.append(root);
+            addItem(root, root);
+            i = count() - 1;
+        }
+    }
     if (i < 0)
         RaiseVbError(VbErr::DeviceUnavailable);
     setCurrentIndex(i);

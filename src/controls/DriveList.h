@@ -2,8 +2,9 @@
 
 #include <QComboBox>
 
-// The list of drives: here the mounted volumes, optical discs first. Drive is the selected volume's
-// root path; setting it to something that names no volume raises 68 (device unavailable).
+// The list of drives: here the mounted volumes, optical discs first, then the folders chosen as volumes.
+// Drive is the selected volume's root path. Setting it to an existing folder adds that folder to the
+// list; anything else that names no volume raises 68 (device unavailable).
 class DriveList final : public QComboBox
 {
     Q_OBJECT
@@ -16,4 +17,7 @@ public:
     void setListIndex(int index);
     int ListCount() const { return count(); }
     void Refresh();
+
+private:
+    QStringList m_folders;
 };

@@ -254,6 +254,13 @@ void WriteIniKey(const QString &section, const QString &key, const QString &valu
         RaiseVbError(VbErr::PathFileAccess);
 }
 
+QString ReadDefaultDevice()
+{
+    constexpr int pathBuffer = 4096;
+    return GetPrivateProfileString(QStringLiteral("Devices"), QStringLiteral("DefaultDevice "), QStringLiteral("Nowt"),
+                                   pathBuffer, IniFileName());
+}
+
 QString DeviceFromIniValue(const QString &value)
 {
     if (value.startsWith(QLatin1Char('/')))

@@ -67,6 +67,9 @@ void WriteIniKey(const QString &section, const QString &key, const QString &valu
 // The volume a DefaultDevice value names: a volume root is kept; anything else is a drive letter,
 // whose first character counts, and names no volume here.
 QString DeviceFromIniValue(const QString &value);
+// The DefaultDevice value of kevro.ini ("Nowt" when absent). A letter's first character is what
+// counts; a folder's path is read whole, however long.
+QString ReadDefaultDevice();
 
 // ---- the end of the program ----------------------------------------------------------------------
 void ResetExtractFolder();

@@ -8,7 +8,9 @@
 #include "shell/CAutoComplete.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
+#include "controls/Forms.h"
 #include "controls/Pictures.h"
+#include "scan/frmScanDisc.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -275,6 +277,12 @@ void frmMainMenu::ScanDisc()
         MsgBox(QStringLiteral("You must enter a catalogue number."), vbExclamation);
         return;
     }
+    auto *scanDisc = Forms::get<frmScanDisc>();
+    scanDisc->Move(Left(), Top());
+    SlideMenuOut(4);
+    scanDisc->show();
+    scanDisc->PrepareToScan();
+    Unload();
 }
 
 void frmMainMenu::LicenseControl()

@@ -83,7 +83,7 @@ void frmOptions::Form_Load()
         else if (content == QLatin1String("CHK"))
             optCheckedFiles->setChecked(true);
 
-        Drive1->setDrive(DeviceFromIniValue(ReadIniKey(QStringLiteral("Devices"), QStringLiteral("DefaultDevice "))));
+        Drive1->setDrive(DeviceFromIniValue(ReadDefaultDevice()));
         txtExtractFolder->setText(ExtractFolder());
     } catch (const VbError &e) {
         if (e.number == VbErr::DeviceUnavailable) {

@@ -1,0 +1,603 @@
+// The scan as the operator runs it and as the later screens read it: the walk in the file system's own
+// order, the stored paths and their real files, the two lists, the archives expanded into the extract
+// folder and walked again, the faults a disc brings, cancel, and the set-up screen's messages.
+
+#include "ArchiveFixtures.h"
+#include "TestSupport.h"
+
+#include "catalogue/CatalogueSetup.h"
+#include "controls/DriveList.h"
+#include "controls/Forms.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "scan/MediaWalker.h"
+#include "scan/frmScanDisc.h"
+#include "scan/frmScanProgress.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/frmMainMenu.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QDirIterator>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+#include <dirent.h>
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+using M = FixtureMember;
+
+// The reference: a folder's entries as readdir gives them, files and folders apart.
+void readdirOrder(const QString &folder, QStringList &files, QStringList &folders)
+{
+    DIR *d = opendir(QFile::encodeName(folder).constData());
+    QVERIFY(d);
+    while (const dirent *e = readdir(d)) {
+        const QString name = QFile::decodeName(e->d_name);
+        if (name == "." || name == "..")
+            continue;
+        (QFileInfo(folder + "/" + name).isDir() ? folders : files).append(name);
+    }
+    closedir(d);
+}
+
+// Every file below root, depth first: a folder's files, then each of its folders, all in readdir order.
+QStringList depthFirst(const QString &root)
+{
+    QStringList files, folders;
+    readdirOrder(root, files, folders);
+    QStringList out;
+    for (const QString &f : files)
+        out.append(root + "/" + f);
+    for (const QString &sub : folders)
+        out += depthFirst(root + "/" + sub);
+    return out;
+}
+
+QStringList entries(const QStringList &list)
+{
+    return ListIsEmpty(list) ? QStringList() : list;
+}
+
+QStringList filesBelow(const QString &root)
+{
+    QStringList out;
+    QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        out.append(QDir(root).relativeFilePath(it.next()));
+    out.sort();
+    return out;
+}
+
+QByteArray sfxStub()
+{
+    QByteArray stub("MZ");
+    stub.append(QByteArray(1022, '\x90'));
+    return stub;
+}
+
+// Runs the scan logic over a volume with no screen, the way the batch runner will.
+void walk(const QString &volume, MediaWalker::Display display = {})
+{
+    ResetExtractFolder();
+    MediaWalker w;
+    w.setDisplay(std::move(display));
+    w.SetDrive(volume);
+    w.ScanFiles();
+}
+} // namespace
+
+class TestScan final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void tails_data();
+    void tails();
+    void walkOrderStoredPathsAndLists();
+    void archivesInTheWalk();
+    void walkFaults();
+    void setUpScreen();
+    void scanThroughTheScreens();
+    void cancel();
+    void progressBoxUnticked();
+    void menuLeadsToTheScan();
+
+private:
+    QString makeDisc(const QString &name);
+    frmScanDisc *scanDisc();
+
+    TempAppFolder m_app;
+    QTemporaryDir m_discs;
+    QString m_extract;
+};
+
+void TestScan::initTestCase()
+{
+    InstallScreenServices();
+    qputenv("ODBCINI", m_app.file("no-user-odbc.ini").toLocal8Bit());
+    qputenv("ODBCSYSINI", m_app.file("no-system-odbc").toLocal8Bit());
+    CatalogueTarget target;
+    target.sqliteFile = m_app.file("kevro.db");
+    QCOMPARE(CreateCatalogue(target, true), QString());
+    QCOMPARE(LoadDemoCatalogue(target), QString());
+    QCOMPARE(WriteDataSourceEntry(target, m_app.file("odbc.ini")), QString());
+    m_extract = ExtractFolder();
+}
+
+void TestScan::init()
+{
+    QFile::remove(m_app.file("kevro.ini"));
+    ResetExtractFolder();
+}
+
+void TestScan::cleanup()
+{
+    Forms::unload<frmScanProgress>();
+    Forms::unload<frmScanDisc>();
+    Forms::unload<frmMainMenu>();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QDir::setCurrent(m_app.path());
+    SetEndProcessHook(nullptr);
+}
+
+QString TestScan::makeDisc(const QString &name)
+{
+    const QString root = m_discs.filePath(name);
+    QDir(root).removeRecursively();
+    QDir().mkpath(root);
+    return root;
+}
+
+frmScanDisc *TestScan::scanDisc()
+{
+    auto *s = Forms::get<frmScanDisc>();
+    s->show();
+    return s;
+}
+
+void TestScan::tails_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("tail");
+    const int known = int(FileTail::Recognised), archive = int(FileTail::ArchiveCandidate),
+              unknown = int(FileTail::Unknown);
+    for (const char *t : {"JPG", "GIF", "BMP", "AVI", "MOV", "ASF", "WMV", "TXT", "NFO", "MPE", "MPG", "DAT", "MP3",
+                          "WAV", "AIF", "VOB", "INI"})
+        QTest::newRow(t) << QString("/D/FILE.") + t << known;
+    QTest::newRow("READ.ME") << "/D/READ.ME" << known;
+    QTest::newRow("MOVIE.MPEG") << "/D/MOVIE.MPEG" << known;
+    QTest::newRow("A.JPEG") << "/D/A.JPEG" << known;
+    QTest::newRow("X.README") << "/D/X.README" << known;
+    QTest::newRow("ends in ME without a dot") << "/D/PROGRAMME" << unknown;
+    QTest::newRow("folder ends in .ME") << "/D/HOME/FILE" << unknown;
+    QTest::newRow("SETUP.ZIP") << "/D/SETUP.ZIP" << archive;
+    QTest::newRow("GAME.EXE") << "/D/GAME.EXE" << archive;
+    QTest::newRow("named exactly .ZIP") << "/D/.ZIP" << archive;
+    QTest::newRow("NAME.EXE.BAK") << "/D/NAME.EXE.BAK" << unknown;
+    QTest::newRow("no extension") << "/D/LICENCE" << unknown;
+    QTest::newRow("MP4") << "/D/CLIP.MP4" << unknown;
+    QTest::newRow("TXT without dot") << "/D/NOTTXT" << unknown;
+    QTest::newRow("lower case is never stored") << "/D/file.txt" << unknown;
+    QTest::newRow("HTM") << "/D/INDEX.HTM" << unknown;
+}
+
+void TestScan::tails()
+{
+    QFETCH(QString, path);
+    QFETCH(int, tail);
+    QCOMPARE(int(ClassifyTail(path)), tail);
+}
+
+void TestScan::walkOrderStoredPathsAndLists()
+{
+    const QString disc = makeDisc("order");
+    // Names created out of alphabetical order, with the awkward characters discs carry.
+    const QStringList names{"zeta.txt", "Alpha.jpg", "O'Brien's \"notes\".txt", "[draft] & 100%.nfo", "read.me",
+                            "Ünïcode émoji ✓.mp3", ".hidden.txt", "noextension", "NAME.EXE.BAK", "movie.mpeg",
+                            "x.readme", "a.jpeg", "clip.mp4"};
+    for (const QString &n : names)
+        WriteTestFile(disc + "/" + n, n.toUtf8());
+    for (const char *folder : {"m", "B folder", ".hidden dir", "a/z/deep", "a/y", "Ärger"}) {
+        WriteTestFile(disc + "/" + folder + "/in " + QString(folder).replace('/', '_') + ".wav", "wave");
+        WriteTestFile(disc + "/" + folder + "/other.bin", "other");
+    }
+    QDir().mkpath(disc + "/empty");
+
+    MsgBoxResponder boxes;
+    walk(disc);
+    QCOMPARE(boxes.prompts(), QStringList());
+
+    const QStringList all = depthFirst(disc);
+    QStringList media, external;
+    for (const QString &p : all)
+        (ClassifyTail(p.toUpper()) == FileTail::Unknown ? external : media).append(p.toUpper());
+    QCOMPARE(entries(gMediaFiles), media);
+    QCOMPARE(entries(gExternalFiles), external);
+    QCOMPARE(gFilesScanned, int32_t(all.size()));
+    QCOMPARE(gScanDrive, disc);
+    QVERIFY(entries(gMediaFiles).contains((disc + "/.HIDDEN DIR/IN .HIDDEN DIR.WAV").toUpper()));
+    QVERIFY(entries(gMediaFiles).contains((disc + "/.hidden.txt").toUpper()));
+    // Each stored path leads back to its file, whatever the case of its real name.
+    for (const QString &real : all)
+        QCOMPARE(ReadTestFile(RealPath(real.toUpper())), ReadTestFile(real));
+}
+
+void TestScan::archivesInTheWalk()
+{
+    const QString disc = makeDisc("archives");
+    QByteArray deep;
+    for (int i = 0; i < 2000; ++i)
+        deep += QByteArray::number(i) + ' ';
+    const QByteArray inner = ArchiveBytes({{"Inner.txt", "inner member"}});
+    WriteArchive(disc + "/Setup/Data.zip", {{"Docs/", {}, M::Folder},
+                                            {"Docs/ReadMe.txt", "read me"},
+                                            {"Docs/Deep/Part.dat", deep},
+                                            {"Nested.zip", inner},
+                                            {"Tool.exe", "MZ not an archive"},
+                                            {"\x81" "ber.txt", "code page 437"},
+                                            {"../escape.txt", "must not land"}});
+    // The DOS tool's name carries no UTF-8 mark.
+    QByteArray dataZip = ReadTestFile(disc + "/Setup/Data.zip");
+    for (qsizetype at = 0; (at = dataZip.indexOf("PK", at)) >= 0; at += 2) {
+        const QByteArray sig = dataZip.mid(at, 4);
+        const qsizetype flags = sig == QByteArray("PK\x03\x04", 4) ? at + 6 : sig == QByteArray("PK\x01\x02", 4) ? at + 8 : -1;
+        if (flags >= 0)
+            dataZip[flags + 1] = char(dataZip[flags + 1] & ~0x08);
+    }
+    WriteTestFile(disc + "/Setup/Data.zip", dataZip);
+    WriteTestFile(disc + "/Game.exe", sfxStub() + ArchiveBytes({{"Game/Play.jpg", "picture"}}));
+    WriteTestFile(disc + "/Plain.exe", sfxStub() + QByteArray(4096, 'p'));
+    WriteArchive(disc + "/ZipNamed.exe", {{"Hidden.txt", "zip under an exe name"}});
+    WriteArchive(disc + "/A/Same.zip", {{"One.txt", "from A"}});
+    WriteArchive(disc + "/B/Same.zip", {{"One.txt", "from B"}});
+    WriteTestFile(disc + "/Empty.zip", ArchiveBytes({}));
+    const QByteArray whole = ArchiveBytes({{"Broken.txt", deep}});
+    WriteTestFile(disc + "/Broken.zip", whole.left(whole.size() / 2));
+    WriteTestFile(disc + "/.ZIP", "a hidden file with nothing but a tail");
+    // A bomb: 64 MB of zeros in about 64 KB.
+    WriteArchive(disc + "/Bomb.zip", {{"Zeros.bin", QByteArray(64 << 20, '\0')}});
+
+    MsgBoxResponder boxes;
+    for (int i = 0; i < 3; ++i)
+        boxes.queue(vbOK);
+    walk(disc);
+
+    const QString X = m_extract.toUpper();
+    const QString D = disc.toUpper();
+    // One box for the damaged archive, one for each archive that could not be extracted whole.
+    QCOMPARE(boxes.prompts().filter("Error 321 while reading Zip file.  Zip file will be ignored").size(), 1);
+    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in DATA.ZIP was extracted:\n\n"
+                                                       "\\.\\./escape\\.txt: leads outside")).size(), 1);
+    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in BOMB.ZIP was extracted:\n\n"
+                                                       "Expansion stopped at Zeros.bin")).size(), 1);
+    QCOMPARE(boxes.prompts().size(), 3);
+
+    // Archives stay in the list whether or not they expanded; the layout keeps their origin.
+    const QStringList media = entries(gMediaFiles);
+    for (const char *a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP",
+                             "/B/SAME.ZIP", "/EMPTY.ZIP", "/BROKEN.ZIP", "/.ZIP", "/BOMB.ZIP"})
+        QVERIFY2(media.contains(D + a), a);
+    QCOMPARE(filesBelow(m_extract + "/SETUP/DATA.ZIP").filter(QRegularExpression("^[^/]*/?[^/]*$")),
+             (QStringList{"Docs/ReadMe.txt", "Nested.zip", "Tool.exe", QString::fromUtf8("\u00fcber.txt")}));
+    QCOMPARE(ReadTestFile(m_extract + "/GAME.EXE/Game/Play.jpg"), QByteArray("picture"));
+    QCOMPARE(ReadTestFile(m_extract + "/A/SAME.ZIP/One.txt"), QByteArray("from A"));
+    QCOMPARE(ReadTestFile(m_extract + "/B/SAME.ZIP/One.txt"), QByteArray("from B"));
+    QCOMPARE(ReadTestFile(m_extract + "/ZIPNAMED.EXE/Hidden.txt"), QByteArray("zip under an exe name"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/PLAIN.EXE") && !QFileInfo::exists(m_extract + "/BROKEN.ZIP"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/SETUP/escape.txt") && !QFileInfo::exists(disc + "/escape.txt"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/BOMB.ZIP/Zeros.bin"));
+
+    // The second pass: members are stored in upper case below the extract folder and open by that path.
+    for (const char *m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
+                             "/SETUP/DATA.ZIP/NESTED.ZIP", "/SETUP/DATA.ZIP/TOOL.EXE", "/GAME.EXE/GAME/PLAY.JPG",
+                             "/A/SAME.ZIP/ONE.TXT", "/B/SAME.ZIP/ONE.TXT"})
+        QVERIFY2(media.contains(X + m), m);
+    QCOMPARE(ReadTestFile(RealPath(X + "/SETUP/DATA.ZIP/DOCS/README.TXT")), QByteArray("read me"));
+    QVERIFY(media.contains(X + QString::fromUtf8("/SETUP/DATA.ZIP/\u00dcBER.TXT")));
+    // One level of nesting: the inner archive is expanded below its own stored path, its members not walked.
+    const QString innerTarget = m_extract + "/" + (X + "/SETUP/DATA.ZIP/NESTED.ZIP").mid(1);
+    QCOMPARE(ReadTestFile(innerTarget + "/Inner.txt"), QByteArray("inner member"));
+    QVERIFY(media.filter("INNER.TXT").isEmpty());
+    // Nothing escaped the extract folder.
+    QCOMPARE(filesBelow(disc).filter("escape"), QStringList());
+    QCOMPARE(QDir(m_discs.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).filter("escape"), QStringList());
+}
+
+void TestScan::walkFaults()
+{
+    const QString disc = makeDisc("faults");
+    for (const char *f : {"a", "b", "c", "d"}) {
+        WriteTestFile(disc + "/" + f + "/file.txt", "x");
+        WriteTestFile(disc + "/" + f + "/sub/file.txt", "x");
+    }
+    QStringList files, folders;
+    readdirOrder(disc, files, folders);
+    // The second folder met cannot be read: its level ends with the warning, the levels above go on.
+    const QString locked = folders[1];
+    QFile::setPermissions(disc + "/" + locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    // As root, permissions only bind once the file-system identity is somebody else's.
+    for (const QString &from : {disc, m_extract})
+        for (QString p = from; p != "/"; p = QFileInfo(p).path())
+            chmod(QFile::encodeName(p).constData(), 0755);
+    const bool root = geteuid() == 0;
+    {
+        MsgBoxResponder boxes;
+        boxes.queue(vbOK);
+        MediaWalker w;
+        w.SetDrive(disc);
+        if (root)
+            setfsuid(65534);
+        w.ScanFiles();
+        if (root)
+            setfsuid(0);
+        QCOMPARE(boxes.prompts(), QStringList{"Error 70"});
+        QCOMPARE(boxes.boxes().first().icon(), int(vbExclamation));
+        QStringList walked;
+        for (const QString &p : entries(gMediaFiles))
+            walked.append(p.section('/', -2, -2) == "SUB" ? p.section('/', -3, -3) + "/sub" : p.section('/', -2, -2));
+        QCOMPARE(walked, (QStringList{folders[0].toUpper(), folders[0].toUpper() + "/sub"}));
+    }
+    QFile::setPermissions(disc + "/" + locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
+                                                  QFileDevice::ReadOther | QFileDevice::ExeOther);
+
+    // A folder taken away while the walk runs: listed before, gone when its turn comes.
+    {
+        const QString last = folders.last();
+        MsgBoxResponder boxes;
+        boxes.queue(vbOK);
+        bool removed = false;
+        walk(disc, {[&](const QString &label) {
+                        if (!removed && label.contains("/" + folders.first().toUpper() + "/")) {
+                            removed = true;
+                            QDir(disc + "/" + last).removeRecursively();
+                        }
+                    },
+                    {}, {}, {}, {}, {}, {}, {}});
+        QVERIFY(removed);
+        QCOMPARE(boxes.prompts(), QStringList{"Error 76"});
+        QVERIFY(entries(gMediaFiles).filter("/" + folders[1].toUpper() + "/").size() == 2);
+    }
+
+    // The volume itself is gone: the failure reaches the caller.
+    MediaWalker gone;
+    gone.SetDrive(disc + "/nothing here");
+    QVERIFY_THROWS_EXCEPTION(VbError, gone.ScanFiles());
+}
+
+void TestScan::setUpScreen()
+{
+    // A master copied to a folder deep in a share: the path runs past the buffer a drive letter needs.
+    const QString disc = makeDisc("setup/a master delivered as a folder copy, deep enough to be long");
+    // A folder named in kevro.ini joins the list and is chosen.
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    {
+        MsgBoxResponder boxes;
+        auto *s = scanDisc();
+        QCOMPARE(boxes.prompts(), QStringList());
+        QCOMPARE(s->Drive1->Drive(), disc);
+        for (const char *name : {"chkEXEFiles", "chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles",
+                                 "chkOtherFiles", "chkShowProgressBar"})
+            QVERIFY2(s->findChild<QCheckBox *>(name)->isChecked(), name);
+        QCOMPARE(s->findChild<QGroupBox *>("frmFilesToScan")->title(), QString("What files do you want to scan?"));
+
+        // Nothing ticked, and nothing but the progress box ticked, are the same refusal.
+        for (const char *name : {"chkEXEFiles", "chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles",
+                                 "chkOtherFiles"}) {
+            auto *box = s->findChild<QCheckBox *>(name);
+            QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+            QVERIFY(!box->isChecked());
+        }
+        boxes.queue(vbOK);
+        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+        QCOMPARE(boxes.prompts(), QStringList{"You must select something to scan."});
+        QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
+        Forms::unload<frmScanDisc>();
+    }
+    // A default device that is not there: a letter is named as a drive, a folder as itself.
+    for (const auto &[value, message] : {std::pair{QString("q"), QString("Default device Q:\\ is not ready or available.")},
+                                         std::pair{QString(""), QString("Default device :\\ is not ready or available.")},
+                                         std::pair{disc + "/gone", "Default device " + disc + "/gone is not ready or available."}}) {
+        WriteIniKey("Devices", "DefaultDevice", value);
+        MsgBoxResponder boxes;
+        boxes.queue(vbOK);
+        scanDisc();
+        QCOMPARE(boxes.prompts(), QStringList{message});
+        QCOMPARE(boxes.boxes().first().icon(), int(vbCritical));
+        Forms::unload<frmScanDisc>();
+    }
+
+    // The volume vanishes between the choice and Next: the message, and the extract folder emptied.
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    WriteTestFile(m_extract + "/LEFT/OVER.TXT", "from the last scan");
+    MsgBoxResponder boxes;
+    auto *s = scanDisc();
+    QDir(disc).removeRecursively();
+    boxes.queue(vbOK);
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    QCOMPARE(boxes.prompts(), QStringList{"Device is not available or media is not loaded."});
+    QVERIFY(s->isVisible());
+    QVERIFY(!Forms::isLoaded<frmScanProgress>());
+    QCOMPARE(filesBelow(m_extract), QStringList());
+}
+
+void TestScan::scanThroughTheScreens()
+{
+    const QString disc = makeDisc("screens");
+    WriteTestFile(disc + "/Top.txt", "top");
+    for (int i = 0; i < 4; ++i)
+        WriteTestFile(disc + QString("/Folder %1/Clip.avi").arg(i), "avi");
+    WriteArchive(disc + "/Folder 0/Pack.zip", {{"Packed.gif", "gif"}});
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    MsgBoxResponder boxes;
+    auto *s = scanDisc();
+    QStringList stages, archivesShown;
+    QList<int> bar;
+    // Follow the screen while it works: what its labels and bars show as the walk goes.
+    QTimer watch;
+    watch.setInterval(0);
+    connect(&watch, &QTimer::timeout, [&] {
+        if (!Forms::isLoaded<frmScanProgress>())
+            return;
+        auto *p = Forms::get<frmScanProgress>();
+        const QString stage = p->findChild<QGroupBox *>("frmWhatIsProgressing")->title();
+        if (stages.isEmpty() || stages.last() != stage)
+            stages.append(stage);
+        const QString zip = p->findChild<QLabel *>("lblCompressedFileProgress")->text();
+        if (!zip.isEmpty() && !archivesShown.contains(zip))
+            archivesShown.append(zip);
+        if (stage == "Scanning media...")
+            bar.append(p->findChild<QProgressBar *>("ProgressBar")->value());
+    });
+    watch.start();
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    watch.stop();
+    QCOMPARE(boxes.prompts(), QStringList());
+    // The pre-scan's caption is never painted: no events are pumped before the walk's caption replaces it.
+    QCOMPARE(stages, (QStringList{"Scanning Disc", "Scanning media...", "Processing archive files..."}));
+    QCOMPARE(archivesShown, QStringList{"Decompressing PACK.ZIP"});
+    // Four top-level folders: the bar moves a quarter as each one's files are done.
+    QVERIFY(std::is_sorted(bar.begin(), bar.end()));
+    QCOMPARE(bar.last(), 75);
+    // The scan ends on the set-up screen until the review screens come; the progress screen is gone.
+    QVERIFY(s->isVisible());
+    QVERIFY(!Forms::isLoaded<frmScanProgress>());
+    QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
+    QVERIFY(entries(gMediaFiles).contains(m_extract.toUpper() + "/FOLDER 0/PACK.ZIP/PACKED.GIF"));
+    QCOMPARE(gScanDrive, disc);
+    QCOMPARE(FirstReviewScreen({}), QString("frmScanResultsEXEs"));
+    QCOMPARE(FirstReviewScreen({false, false, false, false, true, true}), QString("frmScanResultsText"));
+    QCOMPARE(FirstReviewScreen({false, false, false, false, false, true}), QString("frmScanResultsOther"));
+
+    // Back goes to the main menu and closes this screen.
+    QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
+    QVERIFY(!Forms::isLoaded<frmScanDisc>());
+    QVERIFY(Forms::isLoaded<frmMainMenu>() && Forms::get<frmMainMenu>()->isVisible());
+}
+
+void TestScan::cancel()
+{
+    const QString disc = makeDisc("cancel");
+    for (int i = 0; i < 30; ++i)
+        WriteTestFile(disc + QString("/F%1/Movie.mpg").arg(i), "mpg");
+    WriteIniKey("Devices", "DefaultDevice", disc);
+
+    // "No" lets the scan run on; "Yes" stops it before the next folder.
+    for (const int answer : {int(vbNo), int(vbYes)}) {
+        MsgBoxResponder boxes;
+        auto *s = scanDisc();
+        bool clicked = false;
+        QTimer operatorHand;
+        operatorHand.setInterval(0);
+        connect(&operatorHand, &QTimer::timeout, [&] {
+            if (!clicked && gFilesScanned >= 10 && Forms::isLoaded<frmScanProgress>()) {
+                clicked = true;
+                boxes.queue(answer);
+                QTest::mouseClick(Forms::get<frmScanProgress>()->cmdCancel, Qt::LeftButton);
+            }
+        });
+        operatorHand.start();
+        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+        QVERIFY(clicked);
+        QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
+        QCOMPARE(boxes.boxes().first().style, int(vbYesNo | vbExclamation));
+        const qsizetype found = entries(gMediaFiles).size();
+        if (answer == vbNo)
+            QCOMPARE(found, 30);
+        else
+            QVERIFY2(found >= 10 && found < 30, qPrintable(QString::number(found)));
+        QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
+        Forms::unload<frmScanDisc>();
+    }
+
+    // Cancel while an archive expands: the member under way goes, the members before it stay, and the
+    // extract folder is still walked at the level where the flag is not tested.
+    const QString zipDisc = makeDisc("cancel-zip");
+    QList<M> members{{"First.txt", "first"}};
+    for (int i = 0; i < 200; ++i)
+        members.append({QString("Part%1.dat").arg(i, 3, 10, QChar('0')).toUtf8(), QByteArray(4096, char('a' + i % 26))});
+    WriteArchive(zipDisc + "/Big.zip", members);
+    WriteIniKey("Devices", "DefaultDevice", zipDisc);
+    MsgBoxResponder boxes;
+    auto *s = scanDisc();
+    QTimer operatorHand;
+    operatorHand.setInterval(0);
+    bool clicked = false;
+    connect(&operatorHand, &QTimer::timeout, [&] {
+        if (clicked || !Forms::isLoaded<frmScanProgress>())
+            return;
+        auto *p = Forms::get<frmScanProgress>();
+        if (p->lblCompressedFileProgress->text().startsWith("Decompressing") &&
+            QFileInfo::exists(m_extract + "/BIG.ZIP/First.txt")) {
+            clicked = true;
+            boxes.queue(vbYes);
+            QTest::mouseClick(p->cmdCancel, Qt::LeftButton);
+        }
+    });
+    operatorHand.start();
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    QVERIFY(clicked);
+    const QStringList landed = filesBelow(m_extract + "/BIG.ZIP");
+    QVERIFY(landed.contains("First.txt"));
+    QVERIFY2(landed.size() < 201, qPrintable(QString::number(landed.size())));
+    for (const QString &f : landed)
+        QVERIFY(f == "First.txt" || QFileInfo(m_extract + "/BIG.ZIP/" + f).size() == 4096);
+    QCOMPARE(entries(gMediaFiles), QStringList{zipDisc.toUpper() + "/BIG.ZIP"});
+}
+
+void TestScan::progressBoxUnticked()
+{
+    const QString disc = makeDisc("unticked");
+    WriteTestFile(disc + "/AtTheRoot.txt", "root file");
+    WriteTestFile(disc + "/Sub/InSub.txt", "sub file");
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    MsgBoxResponder boxes;
+    auto *s = scanDisc();
+    QTest::mouseClick(s->chkShowProgressBar, Qt::LeftButton, {}, QPoint(8, s->chkShowProgressBar->height() / 2));
+    QVERIFY(!s->chkShowProgressBar->isChecked());
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    // Without the pre-scan the root level is listed where the process stands, the file-system root;
+    // the volume's subfolders are still walked.
+    const QStringList media = entries(gMediaFiles);
+    QVERIFY(!media.contains(disc.toUpper() + "/ATTHEROOT.TXT"));
+    QVERIFY(media.contains(disc.toUpper() + "/SUB/INSUB.TXT"));
+    QStringList rootFiles, rootFolders;
+    readdirOrder("/", rootFiles, rootFolders);
+    QCOMPARE(gFilesScanned, int32_t(rootFiles.size() + 1 + 0));
+}
+
+void TestScan::menuLeadsToTheScan()
+{
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    auto *m = Forms::get<frmMainMenu>();
+    m->show();
+    m->cmbClientCode->setFocus();
+    QTest::keyClick(m->cmbClientCode, Qt::Key_Down);
+    QVERIFY(!m->cmbClientName->currentText().isEmpty());
+    QTest::keyClicks(m->findChild<QLineEdit *>("txtCatNo"), "CAT-001");
+    QTest::mouseClick(m->cmdScanDisc, Qt::LeftButton);
+    // No kevro.ini: the default device is the fallback's first letter.
+    QCOMPARE(boxes.prompts(), QStringList{"Default device N:\\ is not ready or available."});
+    QVERIFY(Forms::isLoaded<frmScanDisc>() && Forms::get<frmScanDisc>()->isVisible());
+    QVERIFY(!Forms::isLoaded<frmMainMenu>());
+}
+
+QTEST_MAIN(TestScan)
+#include "tst_scan.moc"
