@@ -6,7 +6,7 @@ DEBS := cmake ninja-build g++ pkg-config \
         qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev qt6-qpa-plugins \
         libqt6sql6-sqlite libqt6sql6-psql libqt6sql6-odbc libarchive-dev unixodbc-dev \
         gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav \
-        xvfb xauth xdg-utils fonts-dejavu-core
+        xvfb xauth xdg-utils fonts-dejavu-core python3
 # The tests also run the catalogue against a real PostgreSQL server of their own.
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc
 

@@ -26,6 +26,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -118,6 +119,7 @@ private Q_SLOTS:
     void cancel();
     void progressBoxUnticked();
     void menuLeadsToTheScan();
+    void corpusDisc();
 
 private:
     QString makeDisc(const QString &name);
@@ -597,6 +599,47 @@ void TestScan::menuLeadsToTheScan()
     QCOMPARE(boxes.prompts(), QStringList{"Default device N:\\ is not ready or available."});
     QVERIFY(Forms::isLoaded<frmScanDisc>() && Forms::get<frmScanDisc>()->isVisible());
     QVERIFY(!Forms::isLoaded<frmMainMenu>());
+}
+
+void TestScan::corpusDisc()
+{
+    const QString corpus = CorpusFolder();
+    if (corpus.isEmpty())
+        QSKIP("skipped: no corpus");
+    const QString disc = m_discs.filePath("corpus");
+    QDir(disc).removeRecursively();
+    QCOMPARE(QProcess::execute("bash", {corpus + "/make_disc.sh", disc, "--readonly"}), 0);
+    const QStringList discBefore = filesBelow(disc);
+    const QStringList appBefore = QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    // Hostile archives bring many warnings: every one is answered as the operator would, with OK.
+    QStringList prompts;
+    const MsgBoxPresenter previous = SetMsgBoxPresenter([&](const MsgBoxRequest &r) {
+        prompts.append(r.prompt);
+        return FirstButtonOf(r.style);
+    });
+    walk(disc);
+    SetMsgBoxPresenter(previous);
+
+    // The scan went to the end: the last folder in walk order was reached and the extract folder walked.
+    QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/CROSS/BOMB IN FOLDER [1]/ZBSM.ZIP"));
+    QVERIFY(!entries(gMediaFiles).filter(m_extract.toUpper() + "/").isEmpty());
+    QVERIFY(prompts.filter(QRegularExpression("^Not everything in ZBSM.ZIP was extracted")).size() == 2);
+    // Nothing written outside the extract folder, no link inside it, and well under 4 GB.
+    QCOMPARE(filesBelow(disc), discBefore);
+    QCOMPARE(QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), appBefore);
+    for (const char *escaped : {"/tmp/PWNED.txt", "/tmp/evil.txt", "/tmp/Temp/evil.txt"})
+        QVERIFY2(!QFileInfo::exists(escaped), escaped);
+    int64_t bytes = 0;
+    QDirIterator it(m_extract, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo f(it.next());
+        QVERIFY2(!f.isSymLink(), qPrintable(f.filePath()));
+        bytes += f.isFile() ? f.size() : 0;
+    }
+    QVERIFY(bytes < (int64_t(4) << 30));
+    // The read-only copy must not stay behind read-only for the temporary folder's removal.
+    QProcess::execute("chmod", {"-R", "u+w", disc});
 }
 
 QTEST_MAIN(TestScan)
