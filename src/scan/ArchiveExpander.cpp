@@ -112,12 +112,17 @@ long openError(int err)
     }
 }
 
-// Opens the archive file itself; a file that cannot be opened raises the runtime's file error.
-Fd openArchiveFile(const QString &path)
+// Opens the archive file itself; a file that cannot be opened raises the runtime's file error. A pipe
+// or a device under an archive's name is no archive: it is never read (a pipe would wait forever).
+Fd openArchiveFile(const QString &path, bool &regular)
 {
-    Fd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    Fd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (fd.get() < 0)
         RaiseVbError(openError(errno));
+    struct stat st;
+    regular = ::fstat(fd.get(), &st) == 0 && S_ISREG(st.st_mode);
+    if (regular)
+        ::fcntl(fd.get(), F_SETFL, ::fcntl(fd.get(), F_GETFL) & ~O_NONBLOCK);
     return fd;
 }
 
@@ -459,7 +464,10 @@ QString ArchiveExpander::DecodeMemberName(const char *raw)
 
 long ArchiveExpander::ReadContents(const QString &archivePath)
 {
-    Fd fd = openArchiveFile(archivePath);
+    bool regular = false;
+    Fd fd = openArchiveFile(archivePath, regular);
+    if (!regular)
+        return 1;
     ArchivePtr a = newReader();
     if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
         if (unrecognised(a.get()))
@@ -497,12 +505,15 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
         return true;
     }
     Fd fd;
+    bool regular = false;
     try {
-        fd = openArchiveFile(archivePath);
+        fd = openArchiveFile(archivePath, regular);
     } catch (const VbError &e) {
         m_warnings.append(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
         return true;
     }
+    if (!regular)
+        return true;
     struct stat st;
     const int64_t size = ::fstat(fd.get(), &st) == 0 ? static_cast<int64_t>(st.st_size) : 0;
     ArchivePtr a = newReader();
