@@ -31,6 +31,7 @@ private Q_SLOTS:
     void workingFolder();
     void shellOpenFallsBackAndWarns();
     void shellOpenStartsARealProgram();
+    void shellOpenNeverExecutesDiscFiles();
     void responderRecordsAndAnswers();
     void failuresCarryTheirNumbers();
     void realPaths();
@@ -153,16 +154,46 @@ void TestPlatform::shellOpenFallsBackAndWarns()
 
 void TestPlatform::shellOpenStartsARealProgram()
 {
+    // A program of this station, named as a command: the fallback starts it with its parameters.
     MsgBoxResponder boxes;
     const QString marker = m_app.file("started.txt");
-    const QString script = WriteTestFile(m_app.file("tools dir/run me.sh"),
-                                         "#!/bin/sh\npwd > \"" + marker.toUtf8() + "\"\n");
-    QFile::setPermissions(script, QFile::permissions(script) | QFileDevice::ExeOwner);
-    QVERIFY(ShellOpen("\"" + script + "\"", 4) > 32);
+    QDir::setCurrent(m_app.path());
+    QVERIFY(ShellOpen("sh -c \"pwd > started.txt\"", 4) > 32);
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker) && !ReadTestFile(marker).isEmpty(), 10000);
-    // It ran in its own folder.
-    QCOMPARE(ReadTestFile(marker).trimmed(), m_app.file("tools dir").toUtf8());
     QVERIFY(boxes.boxes().isEmpty());
+}
+
+void TestPlatform::shellOpenNeverExecutesDiscFiles()
+{
+    // Scripts with the execute bit under a picture's and a program's name, on a volume and in the
+    // extract folder: opening hands them to the desktop's opener; nothing runs them, even when the
+    // opener has nothing for them.
+    const QString volume = m_app.file("volume");
+    const QString marker = m_app.file("ran.txt");
+    QStringList files;
+    for (const QString &folder : {volume, m_app.file("extract/GAME.EXE")})
+        for (const char *name : {"PHOTO.JPG", "RUN.EXE"}) {
+            const QString f = WriteTestFile(folder + "/" + name, "#!/bin/sh\necho ran >> \"" + marker.toUtf8() + "\"\n");
+            QFile::setPermissions(f, QFile::permissions(f) | QFileDevice::ExeOwner | QFileDevice::ExeOther);
+            files.append(f);
+        }
+    SetScannedVolume(volume);
+    QStringList opened;
+    bool openerWorks = true;
+    SetDesktopOpener([&](const QString &f) {
+        opened.append(f);
+        return openerWorks;
+    });
+    for (const QString &f : files)
+        QVERIFY(ShellOpen("\"" + f + "\"", 4) > 32);
+    QCOMPARE(opened, files);
+    openerWorks = false;
+    for (const QString &f : files)
+        QVERIFY_THROWS_EXCEPTION(VbError, ShellOpen("\"" + f + "\"", 4));
+    QTest::qWait(300);
+    QVERIFY(!QFile::exists(marker));
+    SetDesktopOpener(nullptr);
+    SetScannedVolume(QString());
 }
 
 void TestPlatform::responderRecordsAndAnswers()

@@ -32,6 +32,23 @@ DesktopOpener &desktopOpener()
     return opener;
 }
 
+// True for a path on the volume under scan or below the extract folder: content from a disc, which
+// is opened as a document and never started, whatever its execute bit says (an ISO 9660 mount gives
+// every file that bit).
+bool isDiscContent(const QString &path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    const QString real = canonical.isEmpty() ? QFileInfo(path).absoluteFilePath() : canonical;
+    for (const QString &root : {ScannedVolume(), AppPath() + QStringLiteral("/extract")}) {
+        if (root.isEmpty())
+            continue;
+        const QString r = QFileInfo(root).canonicalFilePath().isEmpty() ? root : QFileInfo(root).canonicalFilePath();
+        if (r == QLatin1String("/") || real == r || real.startsWith(r + QLatin1Char('/'), Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
+
 long launchOnDesktop(const ShellExecuteRequest &r)
 {
     if (r.file.isEmpty())
@@ -42,19 +59,22 @@ long launchOnDesktop(const ShellExecuteRequest &r)
     const QFileInfo info(QDir(folder).absoluteFilePath(RealPath(r.file)));
     if (!info.exists())
         return SE_ERR_FNF;
-    if (info.isFile() && info.isExecutable()) {
-        const QStringList args = QProcess::splitCommand(r.parameters);
-        return QProcess::startDetached(info.absoluteFilePath(), args, folder) ? SE_OK : SE_ERR_NOASSOC;
-    }
+    // Every file goes to the desktop's opener by its type; none is executed from here.
     return desktopOpener()(info.absoluteFilePath()) ? SE_OK : SE_ERR_NOASSOC;
 }
 
+// The fallback start of a command line: only a program of this station, found by its path or on the
+// PATH, never a file of the scanned volume or the extract folder.
 bool startProgram(const QString &commandLine, int)
 {
     QStringList parts = QProcess::splitCommand(commandLine);
     if (parts.isEmpty())
         return false;
-    const QString program = parts.takeFirst();
+    const QString named = parts.takeFirst();
+    const QString program = named.contains(QLatin1Char('/')) ? QFileInfo(named).absoluteFilePath()
+                                                              : QStandardPaths::findExecutable(named);
+    if (program.isEmpty() || !QFileInfo(program).isExecutable() || isDiscContent(program))
+        return false;
     return QProcess::startDetached(program, parts);
 }
 

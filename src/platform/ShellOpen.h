@@ -15,10 +15,12 @@ ShellCommand SplitShellCommand(const QString &commandLine);
 // separator kept only for the root; the current folder when the file part has no separator.
 QString DeriveWorkingFolder(const QString &file);
 
-// Opens a document, a folder or an address with the desktop's program for it, or starts a program.
+// Opens a document, a folder or an address with the desktop's program for it. A file is never
+// executed by this call: programs from a disc go to the desktop's opener like any other file.
 // Returns a value above 32 on success, as the original's shell call does; below 32 a failure
 // (2 file not found, 31 no program associated). Falls back on starting the whole command line as a
-// program; a failure there raises error 53.
+// program of this station (never one on the scanned volume or in the extract folder); a failure
+// there raises error 53.
 long ShellOpen(const QString &commandLine, int showState, const QString &workingFolder = QString());
 
 // The launcher behind ShellOpen, replaced by tests to see what would be opened.
