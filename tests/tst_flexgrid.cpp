@@ -3,6 +3,8 @@
 
 #include "TestSupport.h"
 
+#include "controls/KeyCodes.h"
+
 #include "platform/VbError.h"
 #include "controls/FlexGrid.h"
 #include "controls/Form.h"
@@ -26,6 +28,9 @@ private Q_SLOTS:
     void rowsAddedAndRemoved();
     void mouseOverHeadingAndRows();
     void inCellEditing();
+    void keyCodesOfRealKeys_data();
+    void keyCodesOfRealKeys();
+    void punctuationTypedInTheEditBox();
 
 private:
     static QPixmap dot(Qt::GlobalColor c)
@@ -293,7 +298,7 @@ void TestFlexGrid::inCellEditing()
     grid->setCol(1);
 
     // A key at or below 32 edits the cell's own text with the caret at its end...
-    FlexGridEditStart(grid, edit, 13);
+    FlexGridEditStart(grid, edit, vbKeyAsciiReturn);
     QCOMPARE(edit->text(), QString("Microsoft"));
     QCOMPARE(edit->cursorPosition(), 9);
     QVERIFY(edit->isVisible());
@@ -306,23 +311,102 @@ void TestFlexGrid::inCellEditing()
     QCOMPARE(edit->text(), QString("M"));
     QCOMPARE(edit->cursorPosition(), 1);
 
-    FlexGridEditKeyCode(grid, edit, 40, 0);
+    FlexGridEditKeyCode(grid, edit, vbKeyDown, 0);
     QCOMPARE(grid->Row(), 3);
-    FlexGridEditKeyCode(grid, edit, 40, 0); // the last row stays
+    FlexGridEditKeyCode(grid, edit, vbKeyDown, 0); // the last row stays
     QCOMPARE(grid->Row(), 3);
     grid->setRow(1);
-    FlexGridEditKeyCode(grid, edit, 38, 0); // the first row below the heading stays too
+    FlexGridEditKeyCode(grid, edit, vbKeyUp, 0); // the first row below the heading stays too
     QCOMPARE(grid->Row(), 1);
-    FlexGridEditKeyCode(grid, edit, 27, 0);
+    FlexGridEditKeyCode(grid, edit, vbKeyEscape, 0);
     QVERIFY(!edit->isVisible());
     // Right in the last column is tried and fails.
     grid->setCol(2);
     try {
-        FlexGridEditKeyCode(grid, edit, 39, 0);
+        FlexGridEditKeyCode(grid, edit, vbKeyRight, 0);
         QFAIL("the step past the last column must fail");
     } catch (const VbError &e) {
         QCOMPARE(e.number, long(VbErr::InvalidColValue));
     }
+}
+
+void TestFlexGrid::keyCodesOfRealKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<int>("code");
+    const int none = Qt::NoModifier, shift = Qt::ShiftModifier, pad = Qt::KeypadModifier;
+    // Punctuation lands on the key that carries it, never on the navigation codes 33 to 46.
+    QTest::newRow("(") << int(Qt::Key_ParenLeft) << "(" << shift << int(vbKey9);
+    QTest::newRow(")") << int(Qt::Key_ParenRight) << ")" << shift << int(vbKey0);
+    QTest::newRow("&") << int(Qt::Key_Ampersand) << "&" << shift << 55;
+    QTest::newRow("!") << int(Qt::Key_Exclam) << "!" << shift << 49;
+    QTest::newRow("*") << int(Qt::Key_Asterisk) << "*" << shift << 56;
+    QTest::newRow("'") << int(Qt::Key_Apostrophe) << "'" << none << int(vbKeyOemQuote);
+    QTest::newRow("\"") << int(Qt::Key_QuoteDbl) << "\"" << shift << int(vbKeyOemQuote);
+    QTest::newRow(".") << int(Qt::Key_Period) << "." << none << int(vbKeyOemPeriod);
+    QTest::newRow(",") << int(Qt::Key_Comma) << "," << none << int(vbKeyOemComma);
+    QTest::newRow("-") << int(Qt::Key_Minus) << "-" << none << int(vbKeyOemMinus);
+    QTest::newRow("/") << int(Qt::Key_Slash) << "/" << none << int(vbKeyOemSlash);
+    QTest::newRow("+") << int(Qt::Key_Plus) << "+" << shift << int(vbKeyOemPlus);
+    QTest::newRow("%") << int(Qt::Key_Percent) << "%" << shift << 53;
+    QTest::newRow("pad *") << int(Qt::Key_Asterisk) << "*" << pad << int(vbKeyMultiply);
+    QTest::newRow("pad 7") << int(Qt::Key_7) << "7" << pad << vbKeyNumpad0 + 7;
+    QTest::newRow("pad .") << int(Qt::Key_Period) << "." << pad << int(vbKeyDecimal);
+    QTest::newRow("a") << int(Qt::Key_A) << "a" << none << int(vbKeyA);
+    QTest::newRow("Z") << int(Qt::Key_Z) << "Z" << shift << int(vbKeyZ);
+    QTest::newRow("5") << int(Qt::Key_5) << "5" << none << 53;
+    QTest::newRow("Ä") << int(Qt::Key_Adiaeresis) << "Ä" << shift << int(vbKeyPacket);
+    QTest::newRow("Up") << int(Qt::Key_Up) << "" << none << int(vbKeyUp);
+    QTest::newRow("Right") << int(Qt::Key_Right) << "" << none << int(vbKeyRight);
+    QTest::newRow("Down") << int(Qt::Key_Down) << "" << none << int(vbKeyDown);
+    QTest::newRow("Delete") << int(Qt::Key_Delete) << "" << none << int(vbKeyDelete);
+    QTest::newRow("Return") << int(Qt::Key_Return) << "\r" << none << int(vbKeyReturn);
+    QTest::newRow("Escape") << int(Qt::Key_Escape) << "" << none << int(vbKeyEscape);
+    QTest::newRow("F5") << int(Qt::Key_F5) << "" << none << vbKeyF1 + 4;
+}
+
+void TestFlexGrid::keyCodesOfRealKeys()
+{
+    QFETCH(int, key);
+    QFETCH(QString, text);
+    QFETCH(int, modifiers);
+    QFETCH(int, code);
+    QLineEdit box;
+    QList<int> codes;
+    OnKeyDown(&box, [&](int c, int) { codes.append(c); });
+    box.show();
+    QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers), text);
+    QApplication::sendEvent(&box, &press);
+    QCOMPARE(codes, QList<int>{code});
+}
+
+void TestFlexGrid::punctuationTypedInTheEditBox()
+{
+    // The review screens hand every key of the cell's edit box to the grid's editing rules.
+    QWidget form;
+    form.resize(500, 300);
+    auto *grid = new FlexGrid(&form);
+    grid->setGeometry(20, 30, 400, 200);
+    grid->setCols(3);
+    grid->setRows(4);
+    auto *edit = new QLineEdit(&form);
+    edit->hide();
+    OnKeyDown(edit, [&](int code, int shift) { FlexGridEditKeyCode(grid, edit, code, shift); });
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    grid->setRow(2);
+    grid->setCol(2); // the last column: a Right arrow code here would fail
+    FlexGridEditStart(grid, edit, 'O');
+    QTest::keyClicks(edit, "'Brien (& Sons). Ltd!*+,-/");
+    QCOMPARE(edit->text(), QString("O'Brien (& Sons). Ltd!*+,-/"));
+    QCOMPARE(grid->Row(), 2);
+    QCOMPARE(grid->Col(), 2);
+    QVERIFY(edit->isVisible());
+    // The real arrows still move.
+    QTest::keyClick(edit, Qt::Key_Down);
+    QCOMPARE(grid->Row(), 3);
 }
 
 QTEST_MAIN(TestFlexGrid)

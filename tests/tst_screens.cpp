@@ -16,8 +16,10 @@
 #include "shell/frmProgressBox.h"
 #include "controls/QuickTimeViewer.h"
 #include "shell/frmSplash.h"
+#include "shell/CAutoComplete.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -58,6 +60,7 @@ private Q_SLOTS:
     void aboutSlidesInAndShowsCredits();
     void splashStartsUpAndWarnsWithoutMovies();
     void progressBoxFollowsUpdates();
+    void typeAheadCompletesAfterPunctuation();
 
 private:
     TempAppFolder m_app;
@@ -267,6 +270,30 @@ void TestScreens::progressBoxFollowsUpdates()
     QVERIFY(!Forms::isLoaded<frmProgressBox>());
     // A fresh box shows its stored text until the first update.
     QCOMPARE(Forms::get<frmProgressBox>()->lblStatus->text(), QString("Populating Something..."));
+}
+
+void TestScreens::typeAheadCompletesAfterPunctuation()
+{
+    // Client names carry punctuation; each of these keys completes like a letter does.
+    QComboBox combo;
+    combo.setEditable(true);
+    combo.addItems({"A.B. Dick (UK)", "Bang! Games", "O'Brien & Sons", "Plus+ Media", "Smith-Jones", "Star*Soft"});
+    combo.setCurrentIndex(-1);
+    CAutoComplete ac;
+    ac.setLinkedComboBox(&combo);
+    combo.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&combo));
+    const QList<std::tuple<QString, char, QString>> cases{
+        {"O", '\'', "O'Brien & Sons"}, {"O'Brien ", '&', "O'Brien & Sons"}, {"A", '.', "A.B. Dick (UK)"},
+        {"A.B. Dick ", '(', "A.B. Dick (UK)"}, {"Bang", '!', "Bang! Games"}, {"Smith", '-', "Smith-Jones"},
+        {"Plus", '+', "Plus+ Media"}, {"Star", '*', "Star*Soft"}};
+    for (const auto &[before, key, completed] : cases) {
+        combo.lineEdit()->setText(before);
+        combo.lineEdit()->setCursorPosition(int(before.size()));
+        QTest::keyClick(&combo, key);
+        QCOMPARE(combo.currentText(), completed);
+        QCOMPARE(combo.lineEdit()->selectionStart(), int(before.size()));
+    }
 }
 
 QTEST_MAIN(TestScreens)

@@ -2,55 +2,180 @@
 
 #include <QKeyEvent>
 
+namespace {
+// Keys of the numeric pad keep codes of their own.
+int keypadCode(int k)
+{
+    if (k >= Qt::Key_0 && k <= Qt::Key_9)
+        return vbKeyNumpad0 + (k - Qt::Key_0);
+    switch (k) {
+    case Qt::Key_Asterisk:
+        return vbKeyMultiply;
+    case Qt::Key_Plus:
+        return vbKeyAdd;
+    case Qt::Key_Minus:
+        return vbKeySubtract;
+    case Qt::Key_Period:
+    case Qt::Key_Comma:
+        return vbKeyDecimal;
+    case Qt::Key_Slash:
+        return vbKeyDivide;
+    case Qt::Key_Enter:
+    case Qt::Key_Return:
+        return vbKeyReturn;
+    default:
+        return 0;
+    }
+}
+
+// Punctuation, by the key of a US keyboard that carries it, shifted or not.
+int punctuationCode(int k)
+{
+    switch (k) {
+    case Qt::Key_ParenRight:
+        return vbKey0;
+    case Qt::Key_Exclam:
+        return vbKey0 + 1;
+    case Qt::Key_At:
+        return vbKey0 + 2;
+    case Qt::Key_NumberSign:
+        return vbKey0 + 3;
+    case Qt::Key_Dollar:
+        return vbKey0 + 4;
+    case Qt::Key_Percent:
+        return vbKey0 + 5;
+    case Qt::Key_AsciiCircum:
+        return vbKey0 + 6;
+    case Qt::Key_Ampersand:
+        return vbKey0 + 7;
+    case Qt::Key_Asterisk:
+        return vbKey0 + 8;
+    case Qt::Key_ParenLeft:
+        return vbKey9;
+    case Qt::Key_Semicolon:
+    case Qt::Key_Colon:
+        return vbKeyOemSemicolon;
+    case Qt::Key_Equal:
+    case Qt::Key_Plus:
+        return vbKeyOemPlus;
+    case Qt::Key_Comma:
+    case Qt::Key_Less:
+        return vbKeyOemComma;
+    case Qt::Key_Minus:
+    case Qt::Key_Underscore:
+        return vbKeyOemMinus;
+    case Qt::Key_Period:
+    case Qt::Key_Greater:
+        return vbKeyOemPeriod;
+    case Qt::Key_Slash:
+    case Qt::Key_Question:
+        return vbKeyOemSlash;
+    case Qt::Key_QuoteLeft:
+    case Qt::Key_AsciiTilde:
+        return vbKeyOemTilde;
+    case Qt::Key_BracketLeft:
+    case Qt::Key_BraceLeft:
+        return vbKeyOemOpenBracket;
+    case Qt::Key_Backslash:
+    case Qt::Key_Bar:
+        return vbKeyOemBackslash;
+    case Qt::Key_BracketRight:
+    case Qt::Key_BraceRight:
+        return vbKeyOemCloseBracket;
+    case Qt::Key_Apostrophe:
+    case Qt::Key_QuoteDbl:
+        return vbKeyOemQuote;
+    default:
+        return 0;
+    }
+}
+
+class KeyDownFilter final : public QObject
+{
+public:
+    KeyDownFilter(QObject *control, std::function<void(int, int)> handler)
+        : QObject(control), m_handler(std::move(handler))
+    {
+    }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::KeyPress) {
+            const auto *key = static_cast<QKeyEvent *>(event);
+            m_handler(VbKeyCode(key), VbShift(key));
+        }
+        return false;
+    }
+
+private:
+    std::function<void(int, int)> m_handler;
+};
+} // namespace
+
 int VbKeyCode(const QKeyEvent *e)
 {
     const int k = e->key();
+    if (e->modifiers() & Qt::KeypadModifier) {
+        if (const int code = keypadCode(k))
+            return code;
+    }
     if (k >= Qt::Key_A && k <= Qt::Key_Z)
-        return 'A' + (k - Qt::Key_A);
+        return vbKeyA + (k - Qt::Key_A);
     if (k >= Qt::Key_0 && k <= Qt::Key_9)
-        return '0' + (k - Qt::Key_0);
+        return vbKey0 + (k - Qt::Key_0);
     if (k >= Qt::Key_F1 && k <= Qt::Key_F24)
-        return 112 + (k - Qt::Key_F1);
+        return vbKeyF1 + (k - Qt::Key_F1);
+    if (const int code = punctuationCode(k))
+        return code;
     switch (k) {
     case Qt::Key_Backspace:
-        return 8;
+        return vbKeyBack;
     case Qt::Key_Tab:
-        return 9;
+    case Qt::Key_Backtab:
+        return vbKeyTab;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        return 13;
+        return vbKeyReturn;
     case Qt::Key_Shift:
-        return 16;
+        return vbKeyShift;
     case Qt::Key_Control:
-        return 17;
+        return vbKeyControl;
     case Qt::Key_Alt:
-        return 18;
+        return vbKeyMenu;
+    case Qt::Key_Pause:
+        return vbKeyPause;
+    case Qt::Key_CapsLock:
+        return vbKeyCapital;
     case Qt::Key_Escape:
-        return 27;
+        return vbKeyEscape;
     case Qt::Key_Space:
-        return 32;
+        return vbKeySpace;
     case Qt::Key_PageUp:
-        return 33;
+        return vbKeyPageUp;
     case Qt::Key_PageDown:
-        return 34;
+        return vbKeyPageDown;
     case Qt::Key_End:
-        return 35;
+        return vbKeyEnd;
     case Qt::Key_Home:
-        return 36;
+        return vbKeyHome;
     case Qt::Key_Left:
-        return 37;
+        return vbKeyLeft;
     case Qt::Key_Up:
-        return 38;
+        return vbKeyUp;
     case Qt::Key_Right:
-        return 39;
+        return vbKeyRight;
     case Qt::Key_Down:
-        return 40;
+        return vbKeyDown;
     case Qt::Key_Insert:
-        return 45;
+        return vbKeyInsert;
     case Qt::Key_Delete:
-        return 46;
+        return vbKeyDelete;
+    case Qt::Key_NumLock:
+        return vbKeyNumlock;
+    case Qt::Key_ScrollLock:
+        return vbKeyScrollLock;
     default:
-        return k < 256 ? k : 0;
+        // A letter of another alphabet, or any other character: never one of the navigation codes.
+        return e->text().isEmpty() ? 0 : vbKeyPacket;
     }
 }
 
@@ -59,11 +184,11 @@ int VbKeyAscii(const QKeyEvent *e)
     switch (e->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        return 13;
+        return vbKeyAsciiReturn;
     case Qt::Key_Escape:
-        return 27;
+        return vbKeyAsciiEscape;
     case Qt::Key_Backspace:
-        return 8;
+        return vbKeyAsciiBack;
     default:
         break;
     }
@@ -81,4 +206,9 @@ int VbShift(const QKeyEvent *e)
     if (e->modifiers() & Qt::AltModifier)
         s |= 4;
     return s;
+}
+
+void OnKeyDown(QObject *control, std::function<void(int, int)> handler)
+{
+    control->installEventFilter(new KeyDownFilter(control, std::move(handler)));
 }

@@ -16,8 +16,10 @@ void CAutoComplete::setLinkedComboBox(QComboBox *combo)
     if (mComboBox)
         mComboBox->removeEventFilter(this);
     mComboBox = combo;
-    if (mComboBox)
+    if (mComboBox) {
         mComboBox->installEventFilter(this);
+        mComboBox->setCompleter(nullptr); // the type-ahead is this one's, not the combo's own
+    }
 }
 
 int CAutoComplete::FindInList(const QString &text, int start, bool exact) const
@@ -84,7 +86,7 @@ bool CAutoComplete::eventFilter(QObject *watched, QEvent *event)
 
 void CAutoComplete::keyPress(int keyAscii)
 {
-    if (!m_autoAdd || keyAscii != 13)
+    if (!m_autoAdd || keyAscii != vbKeyAsciiReturn)
         return;
     const QString text = mComboBox->currentText();
     if (FindInList(text, -1, true) == -1)
@@ -93,8 +95,8 @@ void CAutoComplete::keyPress(int keyAscii)
 
 void CAutoComplete::keyUp(int keyCode)
 {
-    // Backspace, the arrows, Delete and the digit 0 among them: they never complete.
-    if (keyCode <= 48)
+    // Backspace, the arrows, Delete and the digit 0 (with ')' on its key) among them: they never complete.
+    if (keyCode <= vbKey0)
         return;
     QLineEdit *edit = mComboBox->lineEdit();
     const QString typed = edit->text();

@@ -2,6 +2,7 @@
 
 #include "platform/Events.h"
 #include "controls/MsgBoxDialog.h"
+#include "controls/KeyCodes.h"
 #include "platform/ShellOpen.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
@@ -52,7 +53,7 @@ void ShowAboutBox(Form *form)
 
 void FlexGridEditStart(FlexGrid *grid, QLineEdit *editBox, int keyAscii)
 {
-    if (keyAscii >= 0 && keyAscii <= 32) {
+    if (keyAscii >= 0 && keyAscii <= vbKeySpace) {
         editBox->setText(grid->Text());
         editBox->setCursorPosition(std::min<int>(1000, editBox->text().size()));
     } else {
@@ -69,26 +70,26 @@ void FlexGridEditStart(FlexGrid *grid, QLineEdit *editBox, int keyAscii)
 void FlexGridEditKeyCode(FlexGrid *grid, QLineEdit *editBox, int keyCode, int)
 {
     switch (keyCode) {
-    case 27:
+    case vbKeyEscape:
         editBox->hide();
         grid->setFocus();
         break;
-    case 13:
+    case vbKeyReturn:
         grid->setFocus();
         break;
-    case 38:
+    case vbKeyUp:
         grid->setFocus();
         DoEvents();
         if (grid->Row() > grid->FixedRows())
             grid->setRow(grid->Row() - 1);
         break;
-    case 40:
+    case vbKeyDown:
         grid->setFocus();
         DoEvents();
         if (grid->Row() < grid->Rows() - 1)
             grid->setRow(grid->Row() + 1);
         break;
-    case 39:
+    case vbKeyRight:
         grid->setFocus();
         DoEvents();
         // Bounded by Cols, not Cols - 1: in the last column the step is tried and fails.

@@ -74,8 +74,8 @@ frmMainMenu::frmMainMenu()
     for (QComboBox *combo : {cmbClientCode, cmbClientName}) {
         combo->setEditable(true);
         combo->setInsertPolicy(QComboBox::NoInsert);
-        combo->setCompleter(nullptr); // the type-ahead is CAutoComplete's
         combo->setMaxVisibleItems(12);
+        combo->setCompleter(nullptr); // no completion of Qt's own: the name's type-ahead is CAutoComplete's
     }
 
     picLogo = Named(new QLabel(central), "picLogo");
