@@ -166,10 +166,45 @@ void TestFlexGrid::sorts()
     grid.setSort(FlexGrid::flexSortNumericDescending);
     QCOMPARE(column(2), (QStringList{"100 KB", "10 KB", "9 KB", "1 KB", "0 KB"}));
     QCOMPARE(column(1).first(), QString("gamma.txt"));
+
+    // Numbers and texts mixed in one column: one order, whatever order the rows come in. Texts that
+    // start with a digit ("1A") or with punctuation stay texts, after every number.
+    const QStringList mixed{"9", "1A", "10", "!note", "2", "a", "B", "10", "-3", "1.5"};
+    const QStringList expected{"-3", "1.5", "2", "9", "10", "10", "!note", "1A", "a", "B"};
+    for (int shuffle = 0; shuffle < 8; ++shuffle) {
+        FlexGrid g;
+        g.setCols(1);
+        g.setRows(1);
+        for (int i = 0; i < mixed.size(); ++i)
+            g.AddItem(mixed[(i * 3 + shuffle) % mixed.size()]);
+        g.setCol(0);
+        g.setSort(FlexGrid::flexSortGenericAscending);
+        QStringList got;
+        for (int r = 1; r < g.Rows(); ++r)
+            got << g.TextMatrix(r, 0);
+        QCOMPARE(got, expected);
+    }
 }
 
 void TestFlexGrid::cellPicturesTravelWithRows()
 {
+    {
+        // An alignment set before the cell has its picture holds for the picture set afterwards.
+        FlexGrid early;
+        early.setCols(2);
+        early.setRows(2);
+        early.setRow(1);
+        early.setCol(1);
+        early.setCellPictureAlignment(FlexGrid::flexAlignRightCenter);
+        QVERIFY(!early.HasCellPicture(1, 1));
+        early.setCellPicture(dot(Qt::red));
+        QCOMPARE(early.CellPictureAlignment(), int(FlexGrid::flexAlignRightCenter));
+        early.setCellPicture(QPixmap());
+        QVERIFY(!early.HasCellPicture(1, 1));
+        early.setCellPicture(dot(Qt::blue));
+        QCOMPARE(early.CellPictureAlignment(), int(FlexGrid::flexAlignRightCenter));
+    }
+
     FlexGrid grid;
     grid.setCols(3);
     grid.setRows(1);

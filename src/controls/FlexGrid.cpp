@@ -385,10 +385,16 @@ void FlexGrid::setCellPicture(const QPixmap &picture)
 {
     checkCell(m_row, m_col);
     auto &pics = m_model->rows[m_row].pictures;
-    if (picture.isNull())
-        pics.remove(m_col);
-    else
+    auto it = pics.find(m_col);
+    if (picture.isNull()) {
+        // An alignment set for the cell stays for the next picture.
+        if (it != pics.end() && it->alignment == CellPic{}.alignment)
+            pics.erase(it);
+        else if (it != pics.end())
+            it->picture = QPixmap();
+    } else {
         pics[m_col].picture = picture;
+    }
     if (m_redraw)
         m_model->cellChanged(m_row, m_col);
 }
@@ -402,10 +408,8 @@ int FlexGrid::CellPictureAlignment() const
 void FlexGrid::setCellPictureAlignment(int alignment)
 {
     checkCell(m_row, m_col);
-    auto &pics = m_model->rows[m_row].pictures;
-    auto it = pics.find(m_col);
-    if (it != pics.end())
-        it->alignment = alignment;
+    // Held for the cell even before it has a picture: the picture set afterwards takes it.
+    m_model->rows[m_row].pictures[m_col].alignment = alignment;
     if (m_redraw)
         m_model->cellChanged(m_row, m_col);
 }
@@ -413,7 +417,7 @@ void FlexGrid::setCellPictureAlignment(int alignment)
 bool FlexGrid::HasCellPicture(int row, int col) const
 {
     checkCell(row, col);
-    return m_model->rows[row].pictures.contains(col);
+    return !m_model->rows[row].pictures.value(col).picture.isNull();
 }
 
 void FlexGrid::setSort(int order)
@@ -453,8 +457,12 @@ void FlexGrid::setSort(int order)
     std::stable_sort(order_.begin(), order_.end(), [&](int a, int b) {
         for (int c = 0; c < width; ++c) {
             const Key &x = keys[size_t(a) * width + c], &y = keys[size_t(b) * width + c];
+            // Numbers by value, texts by text, and every number before every text: a total order,
+            // where mixing the two comparisons made "9" < "10" < "1A" < "9".
             int cmp;
-            if (x.isNumber && y.isNumber)
+            if (x.isNumber != y.isNumber)
+                cmp = x.isNumber ? -1 : 1;
+            else if (x.isNumber)
                 cmp = x.number < y.number ? -1 : (x.number > y.number ? 1 : 0);
             else
                 cmp = x.text.compare(y.text, Qt::CaseInsensitive);

@@ -55,7 +55,7 @@ QVariant FlexGridModel::data(const QModelIndex &index, int role) const
         return int(alignmentFor(index.column(), row.at(index.column())));
     case Qt::DecorationRole: {
         const auto it = row.pictures.constFind(index.column());
-        return it == row.pictures.constEnd() ? QVariant() : QVariant(it->picture);
+        return it == row.pictures.constEnd() || it->picture.isNull() ? QVariant() : QVariant(it->picture);
     }
     case Qt::UserRole: {
         const auto it = row.pictures.constFind(index.column());
