@@ -22,9 +22,10 @@ build: deps
 	@cmake -S . -B $(BUILD_DIR) -G Ninja >/dev/null
 	@cmake --build $(BUILD_DIR)
 
-# A first start gets the embedded demo catalogue; an existing one is left alone.
+# A first start gets the embedded demo catalogue and the demo disc to scan; existing ones are left alone.
 catalogue: build
 	@[ -f $(BUILD_DIR)/kevro.db ] || $(BUILD_DIR)/kevro-setup --demo
+	@[ -d $(BUILD_DIR)/demo-disc ] || $(BUILD_DIR)/kevro-setup --demo-disc
 
 run: catalogue
 	@if [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then $(BUILD_DIR)/kevro; \

@@ -6,8 +6,10 @@
 //   kevro-setup --postgresql --role-sql                 prints the statements that make the role and database
 //   --dsn-only                                          writes the data source entry and touches no table
 //   --odbc-ini FILE                                     where the entry goes (default: the application folder's)
+//   --demo-disc                                         only lays out the demo disc (which --demo also does)
 
 #include "catalogue/CatalogueSetup.h"
+#include "catalogue/DemoDisc.h"
 #include "platform/Paths.h"
 
 #include <QCommandLineParser>
@@ -32,7 +34,9 @@ int main(int argc, char **argv)
         {"database", "PostgreSQL database.", "name", "kevro"},
         {"user", "PostgreSQL role the stations log in as.", "role", "kevro"},
         {"password", "The role's password (default: the one KEVRO logs in with).", "password"},
-        {"demo", "Load the demo catalogue."},
+        {"demo", "Load the demo catalogue and lay out the demo disc (demo-disc/ in the application folder); "
+                 "without a kevro.ini, write one that scans it."},
+        {"demo-disc", "Only lay out the demo disc (and kevro.ini when there is none)."},
         {"force", "Replace an existing catalogue."},
         {"dsn-only", "Only write the data source entry."},
         {"odbc-ini", "The odbc.ini to write the entry to.", "file"},
@@ -59,6 +63,16 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "kevro-setup: %s\n", qPrintable(what));
         return 1;
     };
+    if (p.isSet("demo") || p.isSet("demo-disc")) {
+        const QString disc = AppPath() + "/demo-disc";
+        if (const QString e = LayOutDemoDisc(disc); !e.isEmpty())
+            return fail(e);
+        std::printf("Laid out the demo disc in %s.\n", qPrintable(disc));
+        if (const QString e = WriteDemoSettings(AppPath() + "/kevro.ini", disc); !e.isEmpty())
+            return fail(e);
+        if (p.isSet("demo-disc"))
+            return 0;
+    }
     if (!p.isSet("dsn-only")) {
         if (const QString e = CreateCatalogue(target, p.isSet("force")); !e.isEmpty())
             return fail(e);
