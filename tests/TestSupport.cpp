@@ -1,8 +1,11 @@
 #include "TestSupport.h"
 
+#include "platform/MsgBox.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTest>
 
 TempAppFolder::TempAppFolder() : m_previousHome(qgetenv("KEVRO_HOME"))
 {
@@ -41,3 +44,14 @@ QByteArray ReadTestFile(const QString &path)
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
+
+namespace {
+// A box the test did not expect, or expected without saying how the operator answers it, fails the test.
+const bool strictBoxes = [] {
+    MsgBoxResponder::SetUnexpectedBoxHandler([](const MsgBoxRequest &box) {
+        QTest::qFail(qPrintable(QStringLiteral("message box without a queued answer: ") + box.prompt), __FILE__,
+                     __LINE__);
+    });
+    return true;
+}();
+} // namespace

@@ -125,6 +125,7 @@ void TestPlatform::workingFolder()
 void TestPlatform::shellOpenFallsBackAndWarns()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK);
     QList<ShellExecuteRequest> opened;
     QStringList started;
     auto oldExec = SetShellExecuteLauncher([&](const ShellExecuteRequest &r) {
@@ -148,6 +149,7 @@ void TestPlatform::shellOpenFallsBackAndWarns()
 
     // The real launcher: a file that is not there is not opened, and the operator is told.
     boxes.clear();
+    boxes.queue(vbOK);
     OpenWithDefaultProgram(m_app.file("not-there.pdf"));
     QCOMPARE(boxes.prompts(), QStringList{"No program is associated with this file-extension."});
 }
@@ -201,11 +203,19 @@ void TestPlatform::responderRecordsAndAnswers()
     int answer = 0;
     {
         MsgBoxResponder outer;
+        outer.queue(vbOK);
         {
             MsgBoxResponder inner;
             inner.queue(vbNo);
             QCOMPARE(MsgBox("Delete it?", vbYesNo + vbExclamation, "Confirm"), int(vbNo));
-            QCOMPARE(MsgBox("Again?", 52), int(vbYes)); // an empty queue answers the first button
+            // A box nobody queued an answer for is reported (a failure in the tests), then answered
+            // with its first button.
+            QStringList unexpected;
+            auto strict = MsgBoxResponder::SetUnexpectedBoxHandler(
+                [&](const MsgBoxRequest &box) { unexpected << box.prompt; });
+            QCOMPARE(MsgBox("Again?", 52), int(vbYes));
+            MsgBoxResponder::SetUnexpectedBoxHandler(strict);
+            QCOMPARE(unexpected, QStringList{"Again?"});
             QCOMPARE(inner.boxes().size(), 2);
             QCOMPARE(inner.boxes()[0].title, QString("Confirm"));
             QCOMPARE(inner.boxes()[0].buttons(), int(vbYesNo));
@@ -234,6 +244,7 @@ void TestPlatform::failuresCarryTheirNumbers()
 
     // An unhandled failure in a handler: the platform's message, then the end of the process.
     MsgBoxResponder boxes;
+    boxes.queue(vbOK, 2); // the first handler fails again when the name changes again below
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     QObject sender;
@@ -310,6 +321,7 @@ void TestPlatform::resetExtractFolderEmptiesEverything()
 void TestPlatform::resetExtractFolderMissingIsFatal()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK);
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     QVERIFY(QDir(ExtractFolder()).removeRecursively());

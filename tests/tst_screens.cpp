@@ -131,6 +131,7 @@ void TestScreens::optionsReadsTheProfile()
 void TestScreens::optionsWithoutProfile()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK);
     auto *options = Forms::get<frmOptions>();
     // "Nowt" names drive N, which is no volume here.
     QCOMPARE(boxes.prompts(), QStringList{"Default device not currently available."});
@@ -143,6 +144,7 @@ void TestScreens::optionsWithoutProfile()
 void TestScreens::optionsOkWritesAndCancelDoesNot()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK, 2); // the two loads without a device
     auto *options = Forms::get<frmOptions>();
     options->cmdCancel->click();
     QVERIFY(!Forms::isLoaded<frmOptions>());
@@ -174,6 +176,7 @@ void TestScreens::optionsOkWritesAndCancelDoesNot()
 void TestScreens::optionsOkWhenTheProfileCannotBeWritten()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK, 2); // the load without a device, then the failed write
     QDir().mkpath(IniFileName()); // a folder where the file should be
     auto *options = Forms::get<frmOptions>();
     boxes.clear();
@@ -187,6 +190,7 @@ void TestScreens::optionsOkWhenTheProfileCannotBeWritten()
 void TestScreens::showOptionsIsModalAndPlaced()
 {
     MsgBoxResponder boxes;
+    boxes.queue(vbOK); // the load without a device
     Form caller;
     caller.setFixedSize(600, 400);
     caller.Move(3000, 1500);
@@ -247,6 +251,7 @@ void TestScreens::splashStartsUpAndWarnsWithoutMovies()
     // Without GStreamer's QuickTime demuxer the operator is warned with the code, and start-up goes on.
     qputenv("GST_PLUGIN_SYSTEM_PATH", m_app.path().toLocal8Bit());
     boxes.clear();
+    boxes.queue(vbOK);
     splash = Forms::get<frmSplash>();
     splash->show();
     QTRY_VERIFY_WITH_TIMEOUT(splash->StartupDone(), 5000); // the first paint starts it

@@ -49,11 +49,31 @@ MsgBoxPresenter SetMsgBoxPresenter(MsgBoxPresenter p)
     return old;
 }
 
+namespace {
+std::function<void(const MsgBoxRequest &)> &unexpectedBoxHandler()
+{
+    static std::function<void(const MsgBoxRequest &)> handler;
+    return handler;
+}
+} // namespace
+
+std::function<void(const MsgBoxRequest &)>
+MsgBoxResponder::SetUnexpectedBoxHandler(std::function<void(const MsgBoxRequest &)> handler)
+{
+    auto previous = std::move(unexpectedBoxHandler());
+    unexpectedBoxHandler() = std::move(handler);
+    return previous;
+}
+
 MsgBoxResponder::MsgBoxResponder()
 {
     m_previous = SetMsgBoxPresenter([this](const MsgBoxRequest &box) {
         m_boxes.append(box);
-        return m_answers.isEmpty() ? FirstButtonOf(box.style) : m_answers.takeFirst();
+        if (!m_answers.isEmpty())
+            return m_answers.takeFirst();
+        if (unexpectedBoxHandler())
+            unexpectedBoxHandler()(box);
+        return FirstButtonOf(box.style);
     });
 }
 

@@ -37,7 +37,8 @@ struct MsgBoxRequest {
 using MsgBoxPresenter = std::function<int(const MsgBoxRequest &)>;
 MsgBoxPresenter SetMsgBoxPresenter(MsgBoxPresenter presenter);
 
-// For tests: records every box and answers from a queue (the first button when the queue is empty).
+// For tests: records every box and answers from a queue. A box with no queued answer is reported to
+// the unexpected-box handler (the test programs make it a failure) and answered with its first button.
 // Installs itself for its lifetime and puts the previous presenter back afterwards.
 class MsgBoxResponder final
 {
@@ -47,10 +48,17 @@ public:
     MsgBoxResponder(const MsgBoxResponder &) = delete;
     MsgBoxResponder &operator=(const MsgBoxResponder &) = delete;
 
-    void queue(int answer) { m_answers.append(answer); }
+    void queue(int answer, int times = 1)
+    {
+        for (int i = 0; i < times; ++i)
+            m_answers.append(answer);
+    }
     const QList<MsgBoxRequest> &boxes() const { return m_boxes; }
     QStringList prompts() const;
     void clear() { m_boxes.clear(); }
+    // Returns the handler it replaces.
+    static std::function<void(const MsgBoxRequest &)>
+    SetUnexpectedBoxHandler(std::function<void(const MsgBoxRequest &)> handler);
 
 private:
     QList<MsgBoxRequest> m_boxes;
