@@ -58,27 +58,18 @@ QString withDatabase(const CatalogueTarget &t, bool create, const std::function<
     QString result;
     if (t.engine == DataSource::Engine::SQLite && !create && !QFileInfo(t.sqliteFile).isFile())
         return "no catalogue at " + t.sqliteFile;
+    DataSource source;
+    source.engine = t.engine;
+    source.database = t.engine == DataSource::Engine::SQLite ? t.sqliteFile : t.database;
+    source.server = t.host;
+    source.port = t.port;
     {
-        QSqlDatabase db;
-        if (t.engine == DataSource::Engine::SQLite) {
-            db = QSqlDatabase::addDatabase("QSQLITE", name);
-            db.setDatabaseName(t.sqliteFile);
-        } else {
-            db = QSqlDatabase::addDatabase("QPSQL", name);
-            db.setHostName(t.host);
-            db.setPort(t.port);
-            db.setDatabaseName(t.database);
-            db.setUserName(t.user);
-            db.setPassword(password(t));
-        }
-        if (!db.open()) {
-            result = "cannot open the catalogue: " + db.lastError().text();
-        } else {
-            if (t.engine == DataSource::Engine::PostgreSQL)
-                QSqlQuery(db).exec("SET DateStyle TO 'ISO, " + LocaleDateOrder() + "'");
-            result = work(db);
-            db.close();
-        }
+        QString error;
+        QSqlDatabase db = OpenQtDatabase(source, name, t.user, password(t), &error);
+        if (!db.isValid())
+            return "cannot open the catalogue: " + error;
+        result = work(db);
+        db.close();
     }
     QSqlDatabase::removeDatabase(name);
     return result;

@@ -66,55 +66,65 @@ void Connection::Open(const QString &connectionString, const QString &userId, co
     const QString uid = userId.isEmpty() ? parts.value(QStringLiteral("UID")) : userId;
     const QString pwd = password.isEmpty() ? parts.value(QStringLiteral("PWD")) : password;
     m_engine = source->engine;
+    // The catalogue must exist: opening never creates an empty database in its place.
+    if (m_engine == DataSource::Engine::SQLite && !QFileInfo(source->database).isFile())
+        throw VbError(DbErr::ConnectionFailed, QStringLiteral("Database file not found: ") + source->database);
+    QString error;
+    if (!OpenQtDatabase(*source, m_name, uid, pwd, &error).isValid())
+        throw VbError(DbErr::ConnectionFailed, error);
+    m_open = true;
+}
+
+QSqlDatabase OpenQtDatabase(const DataSource &source, const QString &connectionName, const QString &user,
+                            const QString &password, QString *error)
+{
+    const QString uid = user.isEmpty() ? source.user : user;
+    const QString pwd = password.isEmpty() ? source.password : password;
     {
         QSqlDatabase db;
-        switch (m_engine) {
+        switch (source.engine) {
         case DataSource::Engine::SQLite:
-            // The catalogue must exist: opening never creates an empty database in its place.
-            if (!QFileInfo(source->database).isFile())
-                throw VbError(DbErr::ConnectionFailed, QStringLiteral("Database file not found: ") + source->database);
-            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-            db.setDatabaseName(source->database);
+            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
+            db.setDatabaseName(source.database);
             db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
             break;
         case DataSource::Engine::PostgreSQL:
-            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
-            db.setHostName(source->server);
-            db.setPort(source->port);
-            db.setDatabaseName(source->database);
-            db.setUserName(uid.isEmpty() ? source->user : uid);
-            db.setPassword(pwd.isEmpty() ? source->password : pwd);
+            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connectionName);
+            db.setHostName(source.server);
+            db.setPort(source.port);
+            db.setDatabaseName(source.database);
+            db.setUserName(uid);
+            db.setPassword(pwd);
             db.setConnectOptions(QStringLiteral("connect_timeout=10"));
             break;
         case DataSource::Engine::Odbc:
-            db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), m_name);
-            if (source->file == AppPath() + QStringLiteral("/odbc.ini")) {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), connectionName);
+            if (source.file == AppPath() + QStringLiteral("/odbc.ini")) {
                 // The driver manager does not know the application folder's entry: hand it every key.
                 QString keys;
-                for (const auto &[key, value] : GetPrivateProfileSection(dsn, source->file))
+                for (const auto &[key, value] : GetPrivateProfileSection(source.name, source.file))
                     keys += key + QLatin1Char('=') + value + QLatin1Char(';');
                 db.setDatabaseName(keys + QStringLiteral("UID=") + uid + QStringLiteral(";PWD=") + pwd + QLatin1Char(';'));
             } else {
                 // Qt puts "DSN=" in front itself; a second DSN key would confuse some drivers.
-                db.setDatabaseName(dsn + QStringLiteral(";UID=") + uid + QStringLiteral(";PWD=") + pwd);
+                db.setDatabaseName(source.name + QStringLiteral(";UID=") + uid + QStringLiteral(";PWD=") + pwd);
             }
             break;
         }
-        if (!db.isValid() || !db.open()) {
-            const QSqlError e = db.lastError();
-            const QString text = !db.isValid() ? QStringLiteral("No database driver for ") + source->driver
-                                               : e.text().trimmed();
-            db = QSqlDatabase();
-            QSqlDatabase::removeDatabase(m_name);
-            throw VbError(DbErr::ConnectionFailed, text);
+        if (db.isValid() && db.open()) {
+            if (source.engine == DataSource::Engine::PostgreSQL) {
+                // Dates travel as the machine's regional text: the server reads them in the same order.
+                QSqlQuery q(db);
+                q.exec(QStringLiteral("SET DateStyle TO 'ISO, %1'").arg(LocaleDateOrder()));
+            }
+            return db;
         }
-        if (m_engine == DataSource::Engine::PostgreSQL) {
-            // Dates travel as the machine's regional text: the server reads them in the same order.
-            QSqlQuery q(db);
-            q.exec(QStringLiteral("SET DateStyle TO 'ISO, %1'").arg(LocaleDateOrder()));
-        }
+        if (error)
+            *error = !db.isValid() ? QStringLiteral("No database driver for ") + source.driver
+                                   : db.lastError().text().trimmed();
     }
-    m_open = true;
+    QSqlDatabase::removeDatabase(connectionName);
+    return QSqlDatabase();
 }
 
 void Connection::Close()
@@ -199,7 +209,7 @@ long Connection::NumberFor(const QSqlError &error, DataSource::Engine engine)
 void Connection::Execute(const QString &sql, long)
 {
     if (!IsOpen())
-        throw VbError(3704, QStringLiteral("Operation is not allowed when the object is closed."));
+        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
     const QString text = PrepareStatement(sql);
     QSqlQuery q(Database());
     if (!q.exec(text))
@@ -209,7 +219,7 @@ void Connection::Execute(const QString &sql, long)
 void Recordset::Open(const QString &sql, Connection *connection, int, int, long)
 {
     if (!connection || !connection->IsOpen())
-        throw VbError(3704, QStringLiteral("Operation is not allowed when the object is closed."));
+        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
     const QString text = Connection::PrepareStatement(sql);
     m_columns.clear();
     m_rows.clear();

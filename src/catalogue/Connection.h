@@ -1,6 +1,7 @@
 #pragma once
 
 #include "catalogue/DataSource.h"
+#include "platform/VbError.h"
 
 #include <QList>
 #include <QSqlDatabase>
@@ -9,15 +10,6 @@
 #include <QVariant>
 
 class QSqlError;
-
-// The numbers a failing statement raises, the same on every engine.
-namespace DbErr {
-constexpr long CommandError = -2147217900;        // syntax error, unknown table or column, a refused text
-constexpr long ConstraintViolation = -2147467259; // an empty name, NOT NULL, a key out of range
-constexpr long ConnectionFailed = -2147467259;    // no such data source, server unreachable, bad login
-constexpr long NoCurrentRecord = 3021;
-constexpr long ItemNotFound = 3265;
-} // namespace DbErr
 
 // A connection to the catalogue through the data source the connection string names. Statements go
 // one at a time; nothing is held open between units of work.
@@ -79,3 +71,11 @@ private:
 QString NowText();
 // The order of day, month and year in the machine's short date: "DMY", "MDY" or "YMD".
 QString LocaleDateOrder();
+
+// Opens a Qt database connection of the given name to a data source, the one way every part of this
+// system connects: SQLite by its file, PostgreSQL by server, port and database with the session's
+// DateStyle in the locale's order, anything else through the ODBC driver manager. The user and
+// password given win over the source's own. On failure the connection is removed again, the returned
+// database is invalid and *error says why.
+QSqlDatabase OpenQtDatabase(const DataSource &source, const QString &connectionName, const QString &user,
+                            const QString &password, QString *error);

@@ -28,7 +28,7 @@ void CloseDatabase()
 {
     try {
         if (!gConnection)
-            RaiseVbError(91); // no connection to close
+            RaiseVbError(VbErr::ObjectNotSet); // no connection to close
         gConnection->Close();
         gConnection.reset();
     } catch (const VbError &) {

@@ -21,7 +21,7 @@ VbError MakeVbError(long number)
         {VbErr::InvalidCall, QStringLiteral("Invalid procedure call or argument")},
         {VbErr::OutOfMemory, QStringLiteral("Out of memory")},
         {VbErr::SubscriptOutOfRange, QStringLiteral("Subscript out of range")},
-        {91, QStringLiteral("Object variable or With block variable not set")},
+        {VbErr::ObjectNotSet, QStringLiteral("Object variable or With block variable not set")},
         {VbErr::BadFileName, QStringLiteral("Bad file name or number")},
         {VbErr::FileNotFound, QStringLiteral("File not found")},
         {VbErr::FileAlreadyExists, QStringLiteral("File already exists")},

@@ -287,7 +287,7 @@ void ResetExtractFolder()
         try {
             step();
         } catch (const VbError &e) {
-            if (e.number == -2147467259)
+            if (e.number == VbErr::UnspecifiedFailure)
                 continue;
             MsgBox(QStringLiteral("Error deleting and creating temp extract folder. Error #") +
                        QString::number(e.number) + QStringLiteral(" Make sure all files in ") + folder +
