@@ -128,6 +128,8 @@ void TestArchive::readContents_data()
     QTest::newRow("zip") << zip << 0L;
     QTest::newRow("empty zip") << ArchiveBytes({}) << 0L;
     QTest::newRow("self-extractor: program stub then zip") << stub + zip << 0L;
+    QTest::newRow("zip behind text, no program stub") << QByteArray(3000, 't') + zip << 0L;
+    QTest::newRow("zip inside text, its directory far from the end") << QByteArray(100, 't') + zip + QByteArray(70000, 'j') << 1L;
     QTest::newRow("7-zip") << ArchiveBytes({{"X.TXT", "seven"}}, "7zip") << 0L;
     QTest::newRow("plain program") << stub + randomBytes(4096) << 1L;
     QTest::newRow("text") << QByteArray("just words, PK inside\n") << 1L;

@@ -76,6 +76,32 @@ QHash<QString, QString> &realPaths()
     static QHash<QString, QString> map;
     return map;
 }
+// Stored folder (separator included) to real folder, as the walk listed them.
+QHash<QString, QString> &realFolders()
+{
+    static QHash<QString, QString> map;
+    return map;
+}
+// A registered folder's entries by their upper-case names, read when first asked for.
+QHash<QString, QHash<QString, QString>> &folderEntries()
+{
+    static QHash<QString, QHash<QString, QString>> map;
+    return map;
+}
+
+const QHash<QString, QString> &entriesOf(const QString &realFolder)
+{
+    auto it = folderEntries().find(realFolder);
+    if (it == folderEntries().end()) {
+        QHash<QString, QString> byUpper;
+        QDir dir(realFolder.isEmpty() ? QDir::currentPath() : realFolder);
+        for (const QString &name : dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                                 QDir::NoDotAndDotDot, QDir::Unsorted))
+            byUpper.insert(name.toUpper(), name);
+        it = folderEntries().insert(realFolder, byUpper);
+    }
+    return *it;
+}
 } // namespace
 
 void SetScannedVolume(const QString &root)
@@ -105,9 +131,16 @@ void RegisterRealPath(const QString &stored, const QString &real)
     realPaths().insert(stored, real);
 }
 
+void RegisterRealFolder(const QString &storedFolder, const QString &realFolder)
+{
+    realFolders().insert(storedFolder, realFolder);
+}
+
 void ClearRealPaths()
 {
     realPaths().clear();
+    realFolders().clear();
+    folderEntries().clear();
 }
 
 QString RealPath(const QString &stored)
@@ -115,6 +148,14 @@ QString RealPath(const QString &stored)
     const auto it = realPaths().constFind(stored);
     if (it != realPaths().constEnd())
         return *it;
+    const qsizetype slash = stored.lastIndexOf(QLatin1Char('/'));
+    const auto folder = realFolders().constFind(stored.left(slash + 1));
+    if (folder != realFolders().constEnd()) {
+        const QHash<QString, QString> &entries = entriesOf(*folder);
+        const auto entry = entries.constFind(stored.mid(slash + 1));
+        if (entry != entries.constEnd())
+            return (folder->isEmpty() ? QDir::currentPath() + QLatin1Char('/') : *folder) + *entry;
+    }
     if (stored.isEmpty() || QFileInfo::exists(stored) || !stored.startsWith(QLatin1Char('/')))
         return stored;
     // Resolve one name at a time, taking the first entry whose name matches without regard to case.

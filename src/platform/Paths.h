@@ -22,10 +22,14 @@ void SetScannedVolume(const QString &root);
 QString ScannedVolume();
 QString VolumeRootOf(const QString &path);
 
-// Stored paths are upper case; the file they came from may not be. The scan records each stored path
-// with its real path, and every access by a stored path asks RealPath for the file to open.
+// Stored paths are upper case; the file they came from may not be. The scan records each folder it
+// lists (its stored form, separator included, with its real path; "" for the process's current
+// folder), and every access by a stored path asks RealPath for the file to open. A single file can be
+// recorded too.
 void RegisterRealPath(const QString &stored, const QString &real);
+void RegisterRealFolder(const QString &storedFolder, const QString &realFolder);
 void ClearRealPaths();
-// The registered real path; else the path itself if it exists; else the path resolved folder by folder
-// without regard to case; else the path unchanged.
+// The registered real path; else, in a registered folder, the entry whose name matches without
+// regard to case (the last one in the folder's order, as the walk met them); else the path itself if
+// it exists; else the path resolved folder by folder without regard to case; else the path unchanged.
 QString RealPath(const QString &stored);

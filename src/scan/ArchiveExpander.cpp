@@ -114,16 +114,41 @@ long openError(int err)
 
 // Opens the archive file itself; a file that cannot be opened raises the runtime's file error. A pipe
 // or a device under an archive's name is no archive: it is never read (a pipe would wait forever).
-Fd openArchiveFile(const QString &path, bool &regular)
+// (O_NONBLOCK changes nothing for a regular file's reads.)
+Fd openArchiveFile(const QString &path, bool &regular, int64_t &size)
 {
     Fd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (fd.get() < 0)
         RaiseVbError(openError(errno));
     struct stat st;
     regular = ::fstat(fd.get(), &st) == 0 && S_ISREG(st.st_mode);
-    if (regular)
-        ::fcntl(fd.get(), F_SETFL, ::fcntl(fd.get(), F_GETFL) & ~O_NONBLOCK);
+    size = regular ? static_cast<int64_t>(st.st_size) : 0;
     return fd;
+}
+
+// Whether any of the readers could take the file, judged from its first bytes and its tail without
+// building them (a reader with every format costs more than the walk of a small file): a
+// self-extractor starts with a program header, every other archive with its own mark, and a ZIP behind
+// anything else ends with its directory's end record within the last 64 KB.
+bool mayBeArchive(int fd, int64_t size)
+{
+    constexpr int64_t tailBytes = 65536 + 22 + 20; // the longest comment, the record, the ZIP64 locator
+    if (size < 2)
+        return false;
+    // A small file is read once, head and tail together.
+    QByteArray bytes(static_cast<qsizetype>(std::min<int64_t>(size, tailBytes)), Qt::Uninitialized);
+    const int64_t from = size <= tailBytes ? 0 : size - tailBytes;
+    char head[8] = {};
+    const ssize_t n = from == 0 ? std::min<ssize_t>(8, size) : ::pread(fd, head, sizeof head, 0);
+    if (::pread(fd, bytes.data(), static_cast<size_t>(bytes.size()), from) != bytes.size() || n < 2)
+        return true; // let the readers judge
+    const QByteArrayView h = from == 0 ? QByteArrayView(bytes).first(n) : QByteArrayView(head, n);
+    for (const char *mark : {"MZ", "\x7F" "ELF", "PK", "7z\xBC\xAF\x27\x1C", "Rar!", "MSCF"}) {
+        if (h.startsWith(QByteArrayView(mark)))
+            return true;
+    }
+    const QByteArray &tail = bytes;
+    return tail.contains(QByteArrayView("PK\x05\x06", 4)) || tail.contains(QByteArrayView("PK\x06\x07", 4));
 }
 
 bool unrecognised(archive *a)
@@ -465,8 +490,9 @@ QString ArchiveExpander::DecodeMemberName(const char *raw)
 long ArchiveExpander::ReadContents(const QString &archivePath)
 {
     bool regular = false;
-    Fd fd = openArchiveFile(archivePath, regular);
-    if (!regular)
+    int64_t size = 0;
+    Fd fd = openArchiveFile(archivePath, regular, size);
+    if (!regular || !mayBeArchive(fd.get(), size))
         return 1;
     ArchivePtr a = newReader();
     if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
@@ -506,16 +532,15 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
     }
     Fd fd;
     bool regular = false;
+    int64_t size = 0;
     try {
-        fd = openArchiveFile(archivePath, regular);
+        fd = openArchiveFile(archivePath, regular, size);
     } catch (const VbError &e) {
         m_warnings.append(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
         return true;
     }
     if (!regular)
         return true;
-    struct stat st;
-    const int64_t size = ::fstat(fd.get(), &st) == 0 ? static_cast<int64_t>(st.st_size) : 0;
     ArchivePtr a = newReader();
     if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
         m_warnings.append(QStringLiteral("the archive cannot be read (") + libarchiveMessage(a.get()) + QLatin1Char(')'));

@@ -9,8 +9,10 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstring>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -58,17 +60,56 @@ QString WarningLines(const QStringList &warnings)
         lines.append(QStringLiteral("... and ") + QString::number(warnings.size() - maxLines) + QStringLiteral(" more"));
     return lines.join(QLatin1Char('\n'));
 }
+// A name from the file system: plain ASCII needs no decoding.
+QString decodeName(const char *name)
+{
+    const auto length = static_cast<qsizetype>(std::strlen(name));
+    for (qsizetype i = 0; i < length; ++i) {
+        if (static_cast<unsigned char>(name[i]) >= 0x80)
+            return QFile::decodeName(QByteArray(name, length));
+    }
+    return QString::fromLatin1(name, length);
+}
+
+// The upper case of prefix + name, the prefix already in upper case: most names on a disc are plain
+// ASCII, which needs no case tables and no second copy.
+QString upperPath(const QString &upperPrefix, const QString &name)
+{
+    QString out;
+    out.reserve(upperPrefix.size() + name.size());
+    out.append(upperPrefix);
+    for (const QChar c : name) {
+        const char16_t u = c.unicode();
+        if (u >= 0x80)
+            return upperPrefix + name.toUpper();
+        out.append(u >= 'a' && u <= 'z' ? QChar(char16_t(u - ('a' - 'A'))) : c);
+    }
+    return out;
+}
 } // namespace
 
 FileTail ClassifyTail(const QString &path)
 {
-    const QString t4 = path.right(4);
-    static const QStringList four{".JPG", ".GIF", ".BMP", ".AVI", ".MOV", ".ASF", ".WMV", ".TXT", ".NFO",
-                                  ".MPE", ".MPG", ".DAT", ".MP3", ".WAV", ".AIF", ".VOB", ".INI"};
-    if (t4.size() == 4 && four.contains(t4))
-        return FileTail::Recognised;
-    if (t4 == QLatin1String(".ZIP") || t4 == QLatin1String(".EXE"))
-        return FileTail::ArchiveCandidate;
+    // The last four characters as one number, compared with the tails of the table: a walk classifies
+    // every file of a disc.
+    constexpr auto key = [](const char (&t)[5]) {
+        return uint64_t(uint8_t(t[0])) << 48 | uint64_t(uint8_t(t[1])) << 32 | uint64_t(uint8_t(t[2])) << 16 |
+               uint64_t(uint8_t(t[3]));
+    };
+    static constexpr uint64_t four[] = {key(".JPG"), key(".GIF"), key(".BMP"), key(".AVI"), key(".MOV"), key(".ASF"),
+                                        key(".WMV"), key(".TXT"), key(".NFO"), key(".MPE"), key(".MPG"), key(".DAT"),
+                                        key(".MP3"), key(".WAV"), key(".AIF"), key(".VOB"), key(".INI")};
+    const qsizetype n = path.size();
+    if (n >= 4 && path[n - 4] == QLatin1Char('.')) {
+        const uint64_t tail = uint64_t(path[n - 4].unicode()) << 48 | uint64_t(path[n - 3].unicode()) << 32 |
+                              uint64_t(path[n - 2].unicode()) << 16 | uint64_t(path[n - 1].unicode());
+        for (const uint64_t t : four) {
+            if (tail == t)
+                return FileTail::Recognised;
+        }
+        if (tail == key(".ZIP") || tail == key(".EXE"))
+            return FileTail::ArchiveCandidate;
+    }
     if (path.endsWith(QLatin1String(".ME")) || endsWithAny(path, {".MPEG", ".JPEG", ".README"}))
         return FileTail::Recognised;
     return FileTail::Unknown;
@@ -133,7 +174,7 @@ void MediaWalker::Cancel()
     pump();
 }
 
-MediaWalker::Listing MediaWalker::list(const QString &folder, bool foldersToo)
+MediaWalker::Listing MediaWalker::list(const QString &folder, bool foldersToo, const FileSink &sink)
 {
     Listing out;
     const QByteArray native = QFile::encodeName(folder.isEmpty() ? QDir::currentPath() : folder);
@@ -161,9 +202,11 @@ MediaWalker::Listing MediaWalker::list(const QString &folder, bool foldersToo)
         }
         if (type == DT_DIR) {
             if (foldersToo)
-                out.folders.append(QFile::decodeName(name));
+                out.folders.append(decodeName(name));
+        } else if (sink) {
+            sink(name);
         } else {
-            out.files.append(QFile::decodeName(name));
+            out.files.append(decodeName(name));
         }
     }
     const int err = errno;
@@ -175,23 +218,58 @@ MediaWalker::Listing MediaWalker::list(const QString &folder, bool foldersToo)
 
 QStringList MediaWalker::AllFiles(const QString &folder)
 {
-    const Listing l = list(folder, true);
+    return filesOf(folder).stored;
+}
+
+void MediaWalker::classifyAll(const Files &files)
+{
+    for (qsizetype i = 0; i < files.stored.size(); ++i)
+        classify(files.stored[i], files.names[i].isNull() ? QString() : files.realFolder + files.names[i]);
+}
+
+MediaWalker::Files MediaWalker::filesOf(const QString &folder)
+{
+    // Upper case maps character by character, so the folder's part is done once for all its files.
+    const QString upperFolder = upperPath(QString(), folder);
+    Files out;
+    out.realFolder = folder.isEmpty() ? QDir::currentPath() + kSlash : folder;
+    // Each stored path is made straight from the name's bytes; the name itself is kept only for the
+    // files whose real path the classification needs (the archive candidates).
+    const FileSink sink = [&](const char *raw) {
+        const auto length = static_cast<qsizetype>(std::strlen(raw));
+        QString stored;
+        QString name;
+        if (std::all_of(raw, raw + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+            stored.resize(upperFolder.size() + length);
+            QChar *d = std::copy(upperFolder.cbegin(), upperFolder.cend(), stored.data());
+            for (qsizetype i = 0; i < length; ++i) {
+                const char c = raw[i];
+                d[i] = QChar(char16_t(c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c));
+            }
+        } else {
+            name = decodeName(raw);
+            stored = upperPath(upperFolder, name);
+        }
+        if (ClassifyTail(stored) == FileTail::ArchiveCandidate && name.isNull())
+            name = QString::fromLatin1(raw, length);
+        ++gFilesScanned;
+        if (m_display.currentAction) {
+            // The label cuts by position: the stored path gives the same cut unless the case change
+            // altered the length (a German sharp s, say).
+            const bool sameLength = name.isNull() || stored.size() == folder.size() + name.size();
+            m_display.currentAction(sameLength ? ShortenPath(stored, m_maxPathLabel)
+                                               : ShortenPath(folder + name, m_maxPathLabel).toUpper());
+        }
+        out.stored.append(std::move(stored));
+        out.names.append(std::move(name));
+    };
+    const Listing l = list(folder, true, sink);
     // The subfolders come with the same listing; the walk of this folder's subfolders takes them.
     m_lastListed = folder.endsWith(kSlash) && folder.size() > 1 ? folder.chopped(1) : folder;
     m_lastListedFolders = l.folders;
-    const QString realFolder = folder.isEmpty() ? QDir::currentPath() + kSlash : folder;
-    QStringList result;
-    result.reserve(l.files.size());
-    for (const QString &name : l.files) {
-        const QString stored = (folder + name).toUpper();
-        RegisterRealPath(stored, realFolder + name);
-        result.append(stored);
-        ++gFilesScanned;
-        if (m_display.currentAction)
-            m_display.currentAction(ShortenPath(folder + name, m_maxPathLabel).toUpper());
-    }
+    RegisterRealFolder(upperFolder, folder.isEmpty() ? QString() : folder);
     pump();
-    return result;
+    return out;
 }
 
 int32_t MediaWalker::NumFilesInPath(const QString &path)
@@ -234,8 +312,13 @@ QStringList MediaWalker::subFolderNames(const QString &folder)
 
 bool MediaWalker::FileIsCompressed(const QString &path)
 {
+    return isArchive(RealPath(path));
+}
+
+bool MediaWalker::isArchive(const QString &real)
+{
     try {
-        return m_expander.ReadContents(RealPath(path)) == 0;
+        return m_expander.ReadContents(real) == 0;
     } catch (const VbError &e) {
         if (e.number != VbErr::SetNotPermitted)
             MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
@@ -245,14 +328,14 @@ bool MediaWalker::FileIsCompressed(const QString &path)
     }
 }
 
-void MediaWalker::expandArchive(const QString &stored)
+void MediaWalker::expandArchive(const QString &stored, const QString &real)
 {
     if (m_display.compressedFile)
         m_display.compressedFile(QStringLiteral("Decompressing ") + FileNameOnly(stored));
     if (m_display.currentAction)
         m_display.currentAction(ShortenPath(stored, m_maxPathLabel).toUpper());
     pump();
-    m_expander.Expand(RealPath(stored), ArchiveTargetFolder(stored));
+    m_expander.Expand(real, ArchiveTargetFolder(stored));
     // The listing taken before this expansion may no longer hold every subfolder.
     m_lastListed = QString();
     if (!m_expander.warnings().isEmpty())
@@ -265,15 +348,15 @@ void MediaWalker::expandArchive(const QString &stored)
         m_display.compressedFile(QString());
 }
 
-void MediaWalker::classify(const QString &stored)
+void MediaWalker::classify(const QString &stored, const QString &real)
 {
     switch (ClassifyTail(stored)) {
     case FileTail::Recognised:
         AppendToList(gMediaFiles, stored);
         break;
     case FileTail::ArchiveCandidate:
-        if (FileIsCompressed(stored))
-            expandArchive(stored);
+        if (isArchive(real))
+            expandArchive(stored, real);
         // Recognised whether it expanded or not.
         AppendToList(gMediaFiles, stored);
         break;
@@ -288,9 +371,7 @@ void MediaWalker::ScanRootFiles(const QString &startPath)
 {
     if (m_display.busy)
         m_display.busy(true);
-    const QStringList files = AllFiles(startPath);
-    for (const QString &f : files)
-        classify(f);
+    classifyAll(filesOf(startPath));
     showCount();
     ScanSubFolders();
     if (m_display.busy)
@@ -317,9 +398,7 @@ void MediaWalker::ScanSubFolders()
             const QString sub = subFolders[i];
             if (sub.isEmpty())
                 break;
-            const QStringList files = AllFiles(sub + kSlash);
-            for (const QString &f : files)
-                classify(f);
+            classifyAll(filesOf(sub + kSlash));
             m_dirPath = sub;
             if (m_showProgress && m_topFolderSet.contains(sub)) {
                 const double percent = double(m_topFoldersDone) / m_topFolders.size() * 100.0;

@@ -81,10 +81,23 @@ private:
         QStringList files;   // names of the folder's files, in the file system's order
         QStringList folders; // names of its subfolders, same order
     };
-    Listing list(const QString &folder, bool foldersToo);
+    // A folder's entries in the file system's order; with a sink, each file's raw name goes to it
+    // instead of the list.
+    using FileSink = std::function<void(const char *name)>;
+    Listing list(const QString &folder, bool foldersToo, const FileSink &sink = {});
+    // The files of a folder as stored paths; the real name of each archive candidate beside its path
+    // (a null text for the others).
+    struct Files {
+        QStringList stored;
+        QStringList names;
+        QString realFolder;
+    };
+    Files filesOf(const QString &folder);
+    void classifyAll(const Files &files);
     QStringList subFolderNames(const QString &folder);
-    void classify(const QString &stored);
-    void expandArchive(const QString &stored);
+    void classify(const QString &stored, const QString &real);
+    void expandArchive(const QString &stored, const QString &real);
+    bool isArchive(const QString &real); // FileIsCompressed on a real path
     void pump();
     void showCount();
 
