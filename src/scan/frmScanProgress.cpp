@@ -73,9 +73,12 @@ frmScanProgress::frmScanProgress()
     On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
     // The other entries do nothing while a scan runs.
 
+    // The file label and the count change with every file; a person sees them only when the screen
+    // is painted, so they reach their labels at most every few hundredths of a second, which spares the
+    // text layout of thousands of labels nobody would see.
     m_walker.setDisplay({
-        [this](const QString &text) { lblCurrentAction->setText(text); },
-        [this](int32_t n) { lblFilesScannedNumber->setText(QString::number(n)); },
+        [this](const QString &text) { m_pendingAction = text; },
+        [this](int32_t n) { m_pendingCount = n; },
         [this](const QString &caption) { frmWhatIsProgressing->setTitle(caption); },
         [this](int percent) { ProgressBar->setValue(percent); },
         [this](const QString &text) { lblCompressedFileProgress->setText(text); },
@@ -86,8 +89,22 @@ frmScanProgress::frmScanProgress()
             else
                 unsetCursor();
         },
-        [] { DoEvents(); },
+        [this] {
+            if (!m_labelClock.isValid() || m_labelClock.elapsed() >= LabelIntervalMs)
+                showPendingLabels();
+            DoEvents();
+        },
     });
+}
+
+void frmScanProgress::showPendingLabels()
+{
+    m_labelClock.start();
+    if (lblCurrentAction->text() != m_pendingAction)
+        lblCurrentAction->setText(m_pendingAction);
+    if (m_pendingCount >= 0)
+        lblFilesScannedNumber->setText(QString::number(m_pendingCount));
+    m_pendingCount = -1;
 }
 
 void frmScanProgress::Form_Load()
@@ -126,7 +143,13 @@ void frmScanProgress::cmdCancel_Click()
 void frmScanProgress::ScanFiles()
 {
     m_walker.setShowProgress(Forms::get<frmScanDisc>()->chkShowProgressBar->isChecked());
-    m_walker.ScanFiles();
+    try {
+        m_walker.ScanFiles();
+    } catch (...) {
+        showPendingLabels();
+        throw;
+    }
+    showPendingLabels();
     lblFilesScannedNumber->setText(QString::number(gFilesScanned));
     ShowNextScreen();
     Unload();

@@ -4,6 +4,8 @@
 #include "controls/Menus.h"
 #include "scan/MediaWalker.h"
 
+#include <QElapsedTimer>
+
 class QGroupBox;
 class QLabel;
 class QProgressBar;
@@ -48,6 +50,12 @@ private:
     void cmdCancel_Click();
     void ShowNextScreen();
 
+    void showPendingLabels();
+
+    static constexpr int LabelIntervalMs = 40;
     MediaWalker m_walker;
     QString m_drive;
+    QString m_pendingAction;
+    int32_t m_pendingCount = -1;
+    QElapsedTimer m_labelClock;
 };
