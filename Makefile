@@ -35,8 +35,11 @@ test: build test-deps
 	@tools/with-postgres.sh $(BUILD_DIR) sh -c 'cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure'
 
 
+# The benchmarks compare with find and bsdtar (libarchive-tools) on the same data in the same run.
 bench: build
+	@tools/install-deps.sh libarchive-tools
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_flexgrid_fill
+	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_scan_speed
 
 clean:
 	rm -rf $(BUILD_DIR)
