@@ -102,7 +102,7 @@ FlexGrid::~FlexGrid() = default;
 void FlexGrid::checkCell(int row, int col) const
 {
     if (row < 0 || row >= m_model->rows.size() || col < 0 || col >= m_model->cols)
-        throw VbError(381, QStringLiteral("Subscript out of range"));
+        throw MakeVbError(VbErr::GridSubscriptOutOfRange);
 }
 
 void FlexGrid::refresh(bool structure)
@@ -581,24 +581,6 @@ long FlexGrid::CellHeight() const
     return PixelsToTwips(m_row < fixed ? horizontalHeader()->height() : rowHeight(m_row - fixed));
 }
 
-namespace {
-int vbButton(Qt::MouseButtons b)
-{
-    int v = 0;
-    if (b & Qt::LeftButton)
-        v |= 1;
-    if (b & Qt::RightButton)
-        v |= 2;
-    if (b & Qt::MiddleButton)
-        v |= 4;
-    return v;
-}
-int vbShift(Qt::KeyboardModifiers m)
-{
-    return ((m & Qt::ShiftModifier) ? 1 : 0) | ((m & Qt::ControlModifier) ? 2 : 0) | ((m & Qt::AltModifier) ? 4 : 0);
-}
-} // namespace
-
 void FlexGrid::trackMouse(const QPoint &viewportPos, bool overHeader)
 {
     const int fixed = m_model->visibleFixed();
@@ -627,7 +609,7 @@ void FlexGrid::mousePressEvent(QMouseEvent *event)
     }
     setFocus(Qt::MouseFocusReason);
     const QPoint vp = viewport()->mapTo(this, p);
-    Q_EMIT MouseDown(vbButton(event->button()), vbShift(event->modifiers()), PixelsToTwips(vp.x()),
+    Q_EMIT MouseDown(VbButtonsOf(event->button()), VbShiftOf(event->modifiers()), PixelsToTwips(vp.x()),
                      PixelsToTwips(vp.y()));
 }
 
@@ -648,7 +630,7 @@ void FlexGrid::mouseMoveEvent(QMouseEvent *event)
         }
     }
     const QPoint vp = viewport()->mapTo(this, p);
-    Q_EMIT MouseMove(vbButton(event->buttons()), vbShift(event->modifiers()), PixelsToTwips(vp.x()),
+    Q_EMIT MouseMove(VbButtonsOf(event->buttons()), VbShiftOf(event->modifiers()), PixelsToTwips(vp.x()),
                      PixelsToTwips(vp.y()));
 }
 
@@ -658,7 +640,7 @@ void FlexGrid::mouseReleaseEvent(QMouseEvent *event)
     trackMouse(p, false);
     m_pressed = false;
     const QPoint vp = viewport()->mapTo(this, p);
-    Q_EMIT MouseUp(vbButton(event->button()), vbShift(event->modifiers()), PixelsToTwips(vp.x()),
+    Q_EMIT MouseUp(VbButtonsOf(event->button()), VbShiftOf(event->modifiers()), PixelsToTwips(vp.x()),
                    PixelsToTwips(vp.y()));
     if (event->button() == Qt::LeftButton)
         Q_EMIT Click();
@@ -682,11 +664,11 @@ bool FlexGrid::eventFilter(QObject *watched, QEvent *event)
             const QPoint g = horizontalHeader()->viewport()->mapTo(this, p);
             const long x = PixelsToTwips(g.x()), y = PixelsToTwips(g.y());
             if (event->type() == QEvent::MouseButtonPress)
-                Q_EMIT MouseDown(vbButton(me->button()), vbShift(me->modifiers()), x, y);
+                Q_EMIT MouseDown(VbButtonsOf(me->button()), VbShiftOf(me->modifiers()), x, y);
             else if (event->type() == QEvent::MouseMove)
-                Q_EMIT MouseMove(vbButton(me->buttons()), vbShift(me->modifiers()), x, y);
+                Q_EMIT MouseMove(VbButtonsOf(me->buttons()), VbShiftOf(me->modifiers()), x, y);
             else {
-                Q_EMIT MouseUp(vbButton(me->button()), vbShift(me->modifiers()), x, y);
+                Q_EMIT MouseUp(VbButtonsOf(me->button()), VbShiftOf(me->modifiers()), x, y);
                 if (me->button() == Qt::LeftButton)
                     Q_EMIT Click();
             }

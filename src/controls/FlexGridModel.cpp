@@ -1,6 +1,7 @@
 #include "controls/FlexGridModel.h"
 
 #include <algorithm>
+#include <cmath>
 
 Qt::Alignment FlexAlignmentToQt(int a)
 {
@@ -37,6 +38,8 @@ bool IsWholeNumber(const QString &text, double *value)
         return false;
     bool ok = false;
     const double v = text.trimmed().toDouble(&ok);
+    // " nan" reads as a number but orders against none: the sorts take it as a text.
+    ok = ok && !std::isnan(v);
     if (ok && value)
         *value = v;
     return ok && !text.trimmed().isEmpty();

@@ -1,5 +1,7 @@
 #include "controls/KeyCodes.h"
 
+#include "platform/VbError.h"
+
 #include <QKeyEvent>
 
 namespace {
@@ -99,9 +101,11 @@ public:
     }
     bool eventFilter(QObject *, QEvent *event) override
     {
+        // An event handler: a failure in it never crosses the event loop.
         if (event->type() == QEvent::KeyPress) {
             const auto *key = static_cast<QKeyEvent *>(event);
-            m_handler(VbKeyCode(key), VbShift(key));
+            const int code = VbKeyCode(key), shift = VbShift(key);
+            RunHandler([&] { m_handler(code, shift); });
         }
         return false;
     }
@@ -189,6 +193,8 @@ int VbKeyAscii(const QKeyEvent *e)
         return vbKeyAsciiEscape;
     case Qt::Key_Backspace:
         return vbKeyAsciiBack;
+    case Qt::Key_Delete:
+        return 0; // Delete types no character, whatever text the window system sends with it
     default:
         break;
     }
@@ -198,14 +204,19 @@ int VbKeyAscii(const QKeyEvent *e)
 
 int VbShift(const QKeyEvent *e)
 {
-    int s = 0;
-    if (e->modifiers() & Qt::ShiftModifier)
-        s |= 1;
-    if (e->modifiers() & Qt::ControlModifier)
-        s |= 2;
-    if (e->modifiers() & Qt::AltModifier)
-        s |= 4;
-    return s;
+    return VbShiftOf(e->modifiers());
+}
+
+int VbShiftOf(Qt::KeyboardModifiers m)
+{
+    return ((m & Qt::ShiftModifier) ? vbShiftMask : 0) | ((m & Qt::ControlModifier) ? vbCtrlMask : 0) |
+           ((m & Qt::AltModifier) ? vbAltMask : 0);
+}
+
+int VbButtonsOf(Qt::MouseButtons b)
+{
+    return ((b & Qt::LeftButton) ? vbLeftButton : 0) | ((b & Qt::RightButton) ? vbRightButton : 0) |
+           ((b & Qt::MiddleButton) ? vbMiddleButton : 0);
 }
 
 void OnKeyDown(QObject *control, std::function<void(int, int)> handler)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Qt>
+
 #include <functional>
 
 class QKeyEvent;
@@ -59,10 +61,17 @@ enum VbKey : int {
 // The key character of a key press.
 enum VbKeyAsciiCode : int { vbKeyAsciiBack = 8, vbKeyAsciiReturn = 13, vbKeyAsciiEscape = 27 };
 
+// The shift state of key and mouse events, and the mouse buttons.
+enum VbShiftMask : int { vbShiftMask = 1, vbCtrlMask = 2, vbAltMask = 4 };
+enum VbMouseButton : int { vbLeftButton = 1, vbRightButton = 2, vbMiddleButton = 4 };
+
 // The key code and the key character of a key event, as the original's KeyDown and KeyPress had them.
 int VbKeyCode(const QKeyEvent *event);
 int VbKeyAscii(const QKeyEvent *event);
 int VbShift(const QKeyEvent *event);
+int VbShiftOf(Qt::KeyboardModifiers modifiers);
+int VbButtonsOf(Qt::MouseButtons buttons);
 
-// Calls handler(keyCode, shift) for every key pressed in a control, before the control sees the key.
+// Calls handler(keyCode, shift) for every key pressed in a control, before the control sees the key. The
+// handler runs as an event handler: a failure it lets through is the platform's message and the end.
 void OnKeyDown(QObject *control, std::function<void(int keyCode, int shift)> handler);
