@@ -11,9 +11,9 @@
 #include <QUrl>
 
 namespace {
-constexpr long SE_ERR_FNF = 2;
-constexpr long SE_ERR_NOASSOC = 31;
-constexpr long SE_OK = 42;
+constexpr long SE_ERR_FNF = ShellExecuteFileNotFound;
+constexpr long SE_ERR_NOASSOC = ShellExecuteNoAssociation;
+constexpr long SE_OK = 42; // any value above the failure limit
 
 bool isAddress(const QString &file)
 {
@@ -32,19 +32,35 @@ DesktopOpener &desktopOpener()
     return opener;
 }
 
-// True for a path on the volume under scan or below the extract folder: content from a disc, which
-// is opened as a document and never started, whatever its execute bit says (an ISO 9660 mount gives
-// every file that bit).
+// True for a path on the volume under scan, on any optical disc, or below the extract folder: content
+// from a disc, which is opened as a document and never started, whatever its execute bit says (an
+// ISO 9660 mount gives every file that bit). Both the path as named and the file it leads to count, so
+// a link on the disc to a program of the station is disc content too.
 bool isDiscContent(const QString &path)
 {
-    const QString canonical = QFileInfo(path).canonicalFilePath();
-    const QString real = canonical.isEmpty() ? QFileInfo(path).absoluteFilePath() : canonical;
-    for (const QString &root : {ScannedVolume(), AppPath() + QStringLiteral("/extract")}) {
+    QStringList roots{ScannedVolume(), AppPath() + QStringLiteral("/extract")}; // the shell's ExtractFolder()
+    for (const Volume &v : Volumes()) {
+        if (v.optical)
+            roots << v.root;
+    }
+    const QFileInfo info(path);
+    const QStringList places{QDir::cleanPath(info.absoluteFilePath()), info.canonicalFilePath()};
+    for (QString root : roots) {
         if (root.isEmpty())
             continue;
-        const QString r = QFileInfo(root).canonicalFilePath().isEmpty() ? root : QFileInfo(root).canonicalFilePath();
-        if (r == QLatin1String("/") || real == r || real.startsWith(r + QLatin1Char('/'), Qt::CaseInsensitive))
-            return true;
+        root = QDir::cleanPath(root);
+        const QString canonicalRoot = QFileInfo(root).canonicalFilePath();
+        for (const QString &r : {root, canonicalRoot}) {
+            if (r.isEmpty())
+                continue;
+            if (r == QLatin1String("/"))
+                return true;
+            for (const QString &p : places) {
+                if (!p.isEmpty() && (p.compare(r, Qt::CaseInsensitive) == 0 ||
+                                     p.startsWith(r + QLatin1Char('/'), Qt::CaseInsensitive)))
+                    return true;
+            }
+        }
     }
     return false;
 }
@@ -64,7 +80,7 @@ long launchOnDesktop(const ShellExecuteRequest &r)
 }
 
 // The fallback start of a command line: only a program of this station, found by its path or on the
-// PATH, never a file of the scanned volume or the extract folder.
+// PATH, never a file of the scanned volume, of an optical disc or of the extract folder.
 bool startProgram(const QString &commandLine, int)
 {
     QStringList parts = QProcess::splitCommand(commandLine);
@@ -144,7 +160,7 @@ long ShellOpen(const QString &commandLine, int showState, const QString &working
     const ShellCommand c = SplitShellCommand(commandLine);
     const QString folder = workingFolder.isEmpty() ? DeriveWorkingFolder(c.file) : workingFolder;
     const long result = executeLauncher()({c.file, c.parameters, folder, showState});
-    if (result >= 32)
+    if (result >= ShellExecuteFailureLimit)
         return result;
     if (!programLauncher()(commandLine, showState))
         RaiseVbError(VbErr::FileNotFound);
@@ -154,7 +170,7 @@ long ShellOpen(const QString &commandLine, int showState, const QString &working
 void OpenWithDefaultProgram(const QString &path)
 {
     try {
-        ShellOpen(QLatin1Char('"') + path + QLatin1Char('"'), 4);
+        ShellOpen(QLatin1Char('"') + path + QLatin1Char('"'), vbNormalNoFocus);
     } catch (const VbError &) {
         MsgBox(QStringLiteral("No program is associated with this file-extension."), vbExclamation);
     }

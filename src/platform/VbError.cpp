@@ -31,6 +31,7 @@ VbError MakeVbError(long number)
         {VbErr::PathFileAccess, QStringLiteral("Path/File access error")},
         {VbErr::PathNotFound, QStringLiteral("Path not found")},
         {VbErr::InvalidFileFormat, QStringLiteral("Invalid file format")},
+        {VbErr::GridSubscriptOutOfRange, QStringLiteral("Subscript out of range")},
         {VbErr::InvalidPropertyValue, QStringLiteral("Invalid property value")},
         {VbErr::SetNotPermitted, QStringLiteral("Set not permitted")},
         {VbErr::InvalidRowValue, QStringLiteral("Invalid Row value")},
@@ -101,10 +102,12 @@ void RunHandlerOrEnd(const std::function<void()> &handler)
         MsgBox(QStringLiteral("Run-time error '%1':\n\n%2").arg(e.number).arg(e.description), vbCritical);
         EndProcess(1);
     } catch (const std::bad_alloc &) {
-        MsgBox(QStringLiteral("Run-time error '7':\n\nOut of memory"), vbCritical);
+        MsgBox(QStringLiteral("Run-time error '%1':\n\nOut of memory").arg(VbErr::OutOfMemory), vbCritical);
         EndProcess(1);
     } catch (const std::exception &e) {
-        MsgBox(QStringLiteral("Run-time error '51':\n\nInternal error (%1)").arg(QString::fromLocal8Bit(e.what())),
+        MsgBox(QStringLiteral("Run-time error '%1':\n\nInternal error (%2)")
+                   .arg(VbErr::InternalError)
+                   .arg(QString::fromLocal8Bit(e.what())),
                vbCritical);
         EndProcess(1);
     }

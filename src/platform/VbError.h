@@ -23,6 +23,7 @@ constexpr long InvalidCall = 5;
 constexpr long ObjectNotSet = 91;
 constexpr long OutOfMemory = 7;
 constexpr long SubscriptOutOfRange = 9;
+constexpr long InternalError = 51;
 constexpr long BadFileName = 52;
 constexpr long FileNotFound = 53;
 constexpr long FileAlreadyExists = 58;
@@ -33,6 +34,7 @@ constexpr long PathFileAccess = 75;
 constexpr long PathNotFound = 76;
 constexpr long InvalidFileFormat = 321;
 constexpr long InvalidPropertyValue = 380;
+constexpr long GridSubscriptOutOfRange = 381; // a grid's cell that is not there
 constexpr long SetNotPermitted = 387;
 constexpr long InvalidRowValue = 30009;
 constexpr long InvalidColValue = 30010;
@@ -41,12 +43,12 @@ constexpr long UnspecifiedFailure = -2147467259; // a platform object's "unspeci
 
 // The numbers a failing statement or connection raises, the same on every engine.
 namespace DbErr {
-constexpr long CommandError = -2147217900;        // syntax error, unknown table or column, a refused text
-constexpr long ConstraintViolation = -2147467259; // an empty name, NOT NULL, a key out of range
-constexpr long ConnectionFailed = -2147467259;    // no such data source, server unreachable, bad login
+constexpr long CommandError = -2147217900; // syntax error, unknown table or column, a refused text
+constexpr long ConstraintViolation = VbErr::UnspecifiedFailure; // an empty name, NOT NULL, a key out of range
+constexpr long ConnectionFailed = VbErr::UnspecifiedFailure;    // no such data source, server unreachable, bad login
 constexpr long NoCurrentRecord = 3021;
 constexpr long ItemNotFound = 3265;
-constexpr long ObjectClosed = 3704;               // a recordset used after it was closed
+constexpr long ObjectClosed = 3704; // a recordset used after it was closed
 } // namespace DbErr
 
 // Builds the failure for a number the runtime knows, with its usual description.
