@@ -45,6 +45,15 @@ QByteArray ReadTestFile(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
+void RefuseBoxesWithoutResponder()
+{
+    SetMsgBoxPresenter([](const MsgBoxRequest &box) {
+        QTest::qFail(qPrintable(QStringLiteral("message box with no responder installed: ") + box.prompt), __FILE__,
+                     __LINE__);
+        return FirstButtonOf(box.style);
+    });
+}
+
 namespace {
 // A box the test did not expect, or expected without saying how the operator answers it, fails the test.
 const bool strictBoxes = [] {
@@ -52,6 +61,7 @@ const bool strictBoxes = [] {
         QTest::qFail(qPrintable(QStringLiteral("message box without a queued answer: ") + box.prompt), __FILE__,
                      __LINE__);
     });
+    RefuseBoxesWithoutResponder();
     return true;
 }();
 } // namespace

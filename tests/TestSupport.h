@@ -22,3 +22,8 @@ private:
 // Writes a file, creating its folders; returns its path.
 QString WriteTestFile(const QString &path, const QByteArray &contents);
 QByteArray ReadTestFile(const QString &path);
+
+// A message box shown while no responder is installed fails the test, and is answered with its first
+// button: no box ever waits for a click. Every test program starts so; a program that puts the
+// screens' dialogs in place (InstallScreenServices) calls this again afterwards.
+void RefuseBoxesWithoutResponder();

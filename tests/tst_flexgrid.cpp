@@ -5,6 +5,7 @@
 
 #include "controls/KeyCodes.h"
 
+#include "platform/MsgBox.h"
 #include "platform/VbError.h"
 #include "controls/FlexGrid.h"
 #include "controls/Form.h"
@@ -12,6 +13,7 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -168,22 +170,31 @@ void TestFlexGrid::sorts()
     QCOMPARE(column(1).first(), QString("gamma.txt"));
 
     // Numbers and texts mixed in one column: one order, whatever order the rows come in. Texts that
-    // start with a digit ("1A") or with punctuation stay texts, after every number.
-    const QStringList mixed{"9", "1A", "10", "!note", "2", "a", "B", "10", "-3", "1.5"};
-    const QStringList expected{"-3", "1.5", "2", "9", "10", "10", "!note", "1A", "a", "B"};
-    for (int shuffle = 0; shuffle < 8; ++shuffle) {
-        FlexGrid g;
-        g.setCols(1);
-        g.setRows(1);
-        for (int i = 0; i < mixed.size(); ++i)
-            g.AddItem(mixed[(i * 3 + shuffle) % mixed.size()]);
-        g.setCol(0);
-        g.setSort(FlexGrid::flexSortGenericAscending);
-        QStringList got;
-        for (int r = 1; r < g.Rows(); ++r)
-            got << g.TextMatrix(r, 0);
-        QCOMPARE(got, expected);
-    }
+    // start with a digit ("1A") or with punctuation stay texts, after every number; so does " nan",
+    // which reads as a number that orders against none.
+    const QStringList mixed{"9", "1A", "10", "!note", "2", "a", "B", "10", "-3", " nan", "1.5"};
+    const QStringList expected{"-3", "1.5", "2", "9", "10", "10", " nan", "!note", "1A", "a", "B"};
+    const int n = int(mixed.size()); // a prime: every step below walks through all of the rows
+    for (int step : {1, 3, 4, 7})
+        for (int start = 0; start < n; ++start) {
+            FlexGrid g;
+            g.setCols(1);
+            g.setRows(1);
+            for (int i = 0; i < n; ++i)
+                g.AddItem(mixed[(start + i * step) % n]);
+            g.setCol(0);
+            g.setSort(FlexGrid::flexSortGenericAscending);
+            QStringList got;
+            for (int r = 1; r < g.Rows(); ++r)
+                got << g.TextMatrix(r, 0);
+            QCOMPARE(got, expected);
+            // Descending is the same order reversed, equal rows keeping the order they came in.
+            g.setSort(FlexGrid::flexSortGenericDescending);
+            QStringList down;
+            for (int r = 1; r < g.Rows(); ++r)
+                down.prepend(g.TextMatrix(r, 0));
+            QCOMPARE(down, expected);
+        }
 }
 
 void TestFlexGrid::cellPicturesTravelWithRows()
@@ -419,7 +430,8 @@ void TestFlexGrid::keyCodesOfRealKeys()
 
 void TestFlexGrid::punctuationTypedInTheEditBox()
 {
-    // The review screens hand every key of the cell's edit box to the grid's editing rules.
+    // As the catalogue screens wire it: a key pressed on the grid opens the cell's edit box with that
+    // key, and every key pressed in the box goes to the grid's editing rules.
     QWidget form;
     form.resize(500, 300);
     auto *grid = new FlexGrid(&form);
@@ -428,20 +440,45 @@ void TestFlexGrid::punctuationTypedInTheEditBox()
     grid->setRows(4);
     auto *edit = new QLineEdit(&form);
     edit->hide();
+    QObject::connect(grid, &FlexGrid::KeyPress, grid, [&](int keyAscii) { FlexGridEditStart(grid, edit, keyAscii); });
     OnKeyDown(edit, [&](int code, int shift) { FlexGridEditKeyCode(grid, edit, code, shift); });
     form.show();
     QVERIFY(QTest::qWaitForWindowExposed(&form));
     grid->setRow(2);
     grid->setCol(2); // the last column: a Right arrow code here would fail
-    FlexGridEditStart(grid, edit, 'O');
-    QTest::keyClicks(edit, "'Brien (& Sons). Ltd!*+,-/");
-    QCOMPARE(edit->text(), QString("O'Brien (& Sons). Ltd!*+,-/"));
+    grid->setFocus();
+
+    // Delete types nothing, so it opens no box, though X11 delivers it with the text DEL.
+    QKeyEvent del(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(QChar(0x7f)));
+    QApplication::sendEvent(grid, &del);
+    QVERIFY(edit->isHidden());
+    // '(' was the Down arrow's code: now it is typed, on the grid and in the box, and nothing moves.
+    QTest::keyClick(grid, '(');
+    QVERIFY(edit->isVisible() && edit->hasFocus());
+    QCOMPARE(edit->text(), QString("("));
+    QTest::keyClicks(edit, "O'Brien & Sons). Ltd!*+,-/\"");
+    QCOMPARE(edit->text(), QString("(O'Brien & Sons). Ltd!*+,-/\""));
     QCOMPARE(grid->Row(), 2);
     QCOMPARE(grid->Col(), 2);
-    QVERIFY(edit->isVisible());
+    QVERIFY(edit->hasFocus());
+
     // The real arrows still move.
     QTest::keyClick(edit, Qt::Key_Down);
     QCOMPARE(grid->Row(), 3);
+    QVERIFY(grid->hasFocus());
+
+    // Right in the last column is tried and fails as the original's did: the platform's message, and
+    // the end of the program; the failure does not escape into the event loop.
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    QTest::mouseClick(edit, Qt::LeftButton);
+    QVERIFY(edit->hasFocus());
+    QTest::keyClick(edit, Qt::Key_Right);
+    SetEndProcessHook(nullptr);
+    QCOMPARE(boxes.prompts(), QStringList{"Run-time error '30010':\n\nInvalid Col value"});
+    QCOMPARE(ended, QList<int>{1});
 }
 
 QTEST_MAIN(TestFlexGrid)

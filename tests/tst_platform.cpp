@@ -24,6 +24,8 @@ class TestPlatform final : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init() { resetPlatform(); }
+    void cleanup() { resetPlatform(); }
     void profileReads();
     void profileWrites();
     void shellCommandSplitting_data();
@@ -40,8 +42,26 @@ private Q_SLOTS:
     void resetExtractFolderMissingIsFatal();
 
 private:
+    // Every test starts from the same platform: no volume, the real launchers and opener, no end
+    // hook, the extract folder in place, the first current folder.
+    void resetPlatform();
+
     TempAppFolder m_app;
+    const QString m_startFolder = QDir::currentPath();
 };
+
+void TestPlatform::resetPlatform()
+{
+    SetScannedVolume(QString());
+    ClearRealPaths();
+    SetDesktopOpener(nullptr);
+    SetShellExecuteLauncher(nullptr);
+    SetShellProgramLauncher(nullptr);
+    SetEndProcessHook(nullptr);
+    SetProgressSink({});
+    QDir().mkpath(ExtractFolder());
+    QDir::setCurrent(m_startFolder);
+}
 
 void TestPlatform::profileReads()
 {
@@ -157,45 +177,66 @@ void TestPlatform::shellOpenFallsBackAndWarns()
 void TestPlatform::shellOpenStartsARealProgram()
 {
     // A program of this station, named as a command: the fallback starts it with its parameters.
-    MsgBoxResponder boxes;
-    const QString marker = m_app.file("started.txt");
     QDir::setCurrent(m_app.path());
-    QVERIFY(ShellOpen("sh -c \"pwd > started.txt\"", 4) > 32);
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(marker) && !ReadTestFile(marker).isEmpty(), 10000);
-    QVERIFY(boxes.boxes().isEmpty());
+    QVERIFY(ShellOpen("sh -c \"pwd > started.txt\"", vbNormalNoFocus) > ShellExecuteFailureLimit);
+    QTRY_VERIFY_WITH_TIMEOUT(!ReadTestFile(m_app.file("started.txt")).isEmpty(), 10000);
+
+    // A program of this station by its path: the desktop's opener comes first; when it has nothing
+    // for the file, the fallback starts it.
+    const QString marker = m_app.file("tool ran.txt");
+    const QString tool = WriteTestFile(m_app.file("station tools/report tool"),
+                                       "#!/bin/sh\necho ran > \"" + marker.toUtf8() + "\"\n");
+    QFile::setPermissions(tool, QFile::permissions(tool) | QFileDevice::ExeOwner);
+    QStringList offered;
+    SetDesktopOpener([&](const QString &f) {
+        offered << f;
+        return false;
+    });
+    QVERIFY(ShellOpen("\"" + tool + "\"", vbNormalNoFocus) > ShellExecuteFailureLimit);
+    QCOMPARE(offered, QStringList{tool});
+    QTRY_VERIFY_WITH_TIMEOUT(ReadTestFile(marker) == "ran\n", 10000);
 }
 
 void TestPlatform::shellOpenNeverExecutesDiscFiles()
 {
-    // Scripts with the execute bit under a picture's and a program's name, on a volume and in the
-    // extract folder: opening hands them to the desktop's opener; nothing runs them, even when the
-    // opener has nothing for them.
+    // Scripts with the execute bit under a picture's and a program's name, on the volume under scan
+    // and in the extract folder, and a link on the volume to a program of the station: opening hands
+    // them to the desktop's opener; nothing runs them, even when the opener has nothing for them.
     const QString volume = m_app.file("volume");
     const QString marker = m_app.file("ran.txt");
+    const QByteArray script = "#!/bin/sh\necho ran >> \"" + marker.toUtf8() + "\"\n";
     QStringList files;
-    for (const QString &folder : {volume, m_app.file("extract/GAME.EXE")})
+    for (const QString &folder : {volume, ExtractFolder() + "/VOLUME/GAME.ZIP"})
         for (const char *name : {"PHOTO.JPG", "RUN.EXE"}) {
-            const QString f = WriteTestFile(folder + "/" + name, "#!/bin/sh\necho ran >> \"" + marker.toUtf8() + "\"\n");
+            const QString f = WriteTestFile(folder + "/" + name, script);
             QFile::setPermissions(f, QFile::permissions(f) | QFileDevice::ExeOwner | QFileDevice::ExeOther);
-            files.append(f);
+            files << f;
         }
+    const QString stationTool = WriteTestFile(m_app.file("station/tool.sh"), script);
+    QFile::setPermissions(stationTool, QFile::permissions(stationTool) | QFileDevice::ExeOwner);
+    QVERIFY(QFile::link(stationTool, volume + "/SETUP.EXE"));
+    files << volume + "/SETUP.EXE";
     SetScannedVolume(volume);
+
     QStringList opened;
     bool openerWorks = true;
     SetDesktopOpener([&](const QString &f) {
-        opened.append(f);
+        opened << f;
         return openerWorks;
     });
     for (const QString &f : files)
-        QVERIFY(ShellOpen("\"" + f + "\"", 4) > 32);
+        QVERIFY(ShellOpen("\"" + f + "\"", vbNormalNoFocus) > ShellExecuteFailureLimit);
     QCOMPARE(opened, files);
+
+    // With no program for them, the operator hears so, and still nothing runs.
     openerWorks = false;
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK, int(files.size()));
     for (const QString &f : files)
-        QVERIFY_THROWS_EXCEPTION(VbError, ShellOpen("\"" + f + "\"", 4));
+        OpenWithDefaultProgram(f);
+    QCOMPARE(boxes.prompts(), QStringList(files.size(), "No program is associated with this file-extension."));
     QTest::qWait(300);
     QVERIFY(!QFile::exists(marker));
-    SetDesktopOpener(nullptr);
-    SetScannedVolume(QString());
 }
 
 void TestPlatform::responderRecordsAndAnswers()

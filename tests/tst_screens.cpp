@@ -1,6 +1,7 @@
 // The small screens as an operator meets them: Options with and without kevro.ini, the About box's
 // slide-in and credits, the splash's start-up steps, the progress box, and the screens' registry.
 
+#include "Operator.h"
 #include "TestSupport.h"
 
 #include "platform/MsgBox.h"
@@ -48,7 +49,8 @@ class TestScreens final : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { InstallScreenServices(); }
+    void initTestCase();
+    void init() { cleanup(); }
     void cleanup();
     void registryLoadsOnceAndAnewAfterUnload();
     void controlBoxCloseIsModeZero();
@@ -65,6 +67,22 @@ private Q_SLOTS:
 private:
     TempAppFolder m_app;
 };
+
+void TestScreens::initTestCase()
+{
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+}
+
+// The Options screen as the operator meets it: on the screen.
+static frmOptions *shownOptions()
+{
+    auto *options = Forms::get<frmOptions>();
+    options->show();
+    if (!QTest::qWaitForWindowExposed(options))
+        qWarning("the Options screen did not come on the screen");
+    return options;
+}
 
 void TestScreens::cleanup()
 {
@@ -122,10 +140,12 @@ void TestScreens::optionsReadsTheProfile()
     QCOMPARE(options->windowTitle(), QString("Options"));
     QCOMPARE(options->findChild<QPushButton *>("cmdCancel")->text(), QString("&Cancel"));
     QCOMPARE(options->findChild<QCheckBox *>("chkCheckCompressedFiles")->text(), QString("Check Compressed Files"));
-    // Browse does nothing.
-    options->cmdBrowse->click();
+    // Browse does nothing: no box, and the screen stays as it is.
+    options->show();
+    QVERIFY(QTest::qWaitForWindowExposed(options));
+    Click(Control<QPushButton>(options, "cmdBrowse"));
     QVERIFY(boxes.boxes().isEmpty());
-    QVERIFY(options->isHidden());
+    QVERIFY(Forms::isLoaded<frmOptions>() && options->isVisible());
 }
 
 void TestScreens::optionsWithoutProfile()
@@ -145,25 +165,26 @@ void TestScreens::optionsOkWritesAndCancelDoesNot()
 {
     MsgBoxResponder boxes;
     boxes.queue(vbOK, 2); // the two loads without a device
-    auto *options = Forms::get<frmOptions>();
-    options->cmdCancel->click();
+    auto *options = shownOptions();
+    Click(Control<QPushButton>(options, "cmdCancel"));
     QVERIFY(!Forms::isLoaded<frmOptions>());
     QVERIFY(!QFile::exists(IniFileName()));
 
-    options = Forms::get<frmOptions>();
-    options->Drive1->setDrive("/");
-    options->optCheckedFiles->setChecked(true);
-    options->cmdOK->click(); // neither report type set: HTML
+    options = shownOptions();
+    auto *drives = Control<DriveList>(options, "Drive1");
+    QVERIFY(ChooseFromList(drives, drives->itemText(drives->findData("/"))));
+    Click(Control<QRadioButton>(options, "optCheckedFiles"));
+    Click(Control<QPushButton>(options, "cmdOK")); // neither report type set: HTML
     QVERIFY(!Forms::isLoaded<frmOptions>());
     QCOMPARE(ReadIniKey("Devices", "DefaultDevice "), QString("/"));
     QCOMPARE(ReadIniKey("Reports", "DefaultReportType "), QString("HTML"));
     QCOMPARE(ReadIniKey("Reports", "DefaultReportContent "), QString("CHK"));
 
-    options = Forms::get<frmOptions>();
+    options = shownOptions();
     QCOMPARE(boxes.boxes().size(), 2); // the two loads without a device
-    options->optText->setChecked(true);
-    options->optAllFiles->setChecked(true);
-    options->cmdOK->click();
+    Click(Control<QRadioButton>(options, "optText"));
+    Click(Control<QRadioButton>(options, "optAllFiles"));
+    Click(Control<QPushButton>(options, "cmdOK"));
     QCOMPARE(ReadIniKey("Reports", "DefaultReportType "), QString("TEXT"));
     QCOMPARE(ReadIniKey("Reports", "DefaultReportContent "), QString("ALL"));
     // The saved device is found at the next load.
@@ -178,9 +199,9 @@ void TestScreens::optionsOkWhenTheProfileCannotBeWritten()
     MsgBoxResponder boxes;
     boxes.queue(vbOK, 2); // the load without a device, then the failed write
     QDir().mkpath(IniFileName()); // a folder where the file should be
-    auto *options = Forms::get<frmOptions>();
+    auto *options = shownOptions();
     boxes.clear();
-    options->cmdOK->click();
+    Click(Control<QPushButton>(options, "cmdOK"));
     QCOMPARE(boxes.prompts(), QStringList{"Could not write to KEVRO Configuration file"});
     QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
     QVERIFY(Forms::isLoaded<frmOptions>()); // the screen stays open
@@ -202,7 +223,7 @@ void TestScreens::showOptionsIsModalAndPlaced()
         left = options->Left();
         top = options->Top();
         modal = options->isVisible() && options->windowModality() == Qt::ApplicationModal;
-        options->cmdCancel->click();
+        Click(Control<QPushButton>(options, "cmdCancel"));
     });
     ShowOptions(&caller); // returns once the screen is gone
     QVERIFY(modal);
@@ -232,7 +253,7 @@ void TestScreens::aboutSlidesInAndShowsCredits()
     QCOMPARE(about->lblCopyrightNotice->text(), frmAbout::CreditsLine());
     QVERIFY(qAbs(TopTw(about->lblCopyrightNotice) - 4000) <= 15);
     QVERIFY(qAbs(LeftTw(about->lblCopyrightNotice) + 300) <= 15);
-    about->cmdOK->click();
+    Click(Control<QPushButton>(about, "cmdOK"));
     QVERIFY(!Forms::isLoaded<frmAbout>());
 }
 
