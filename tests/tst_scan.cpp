@@ -133,6 +133,7 @@ private:
 void TestScan::initTestCase()
 {
     InstallScreenServices();
+    RefuseBoxesWithoutResponder();
     qputenv("ODBCINI", m_app.file("no-user-odbc.ini").toLocal8Bit());
     qputenv("ODBCSYSINI", m_app.file("no-system-odbc").toLocal8Bit());
     CatalogueTarget target;
