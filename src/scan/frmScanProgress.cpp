@@ -79,7 +79,10 @@ frmScanProgress::frmScanProgress()
     m_walker.setDisplay({
         [this](const QString &text) { m_pendingAction = text; },
         [this](int32_t n) { m_pendingCount = n; },
-        [this](const QString &caption) { frmWhatIsProgressing->setTitle(caption); },
+        [this](const QString &caption) {
+            showPendingLabels();
+            frmWhatIsProgressing->setTitle(caption);
+        },
         [this](int percent) { ProgressBar->setValue(percent); },
         [this](const QString &text) { lblCompressedFileProgress->setText(text); },
         [this](int percent) { ProgressBarZip->setValue(percent); },
@@ -90,7 +93,9 @@ frmScanProgress::frmScanProgress()
                 unsetCursor();
         },
         [this] {
-            if (!m_labelClock.isValid() || m_labelClock.elapsed() >= LabelIntervalMs)
+            // An archive takes long enough to be watched: its path is on the label while it expands.
+            if (!m_labelClock.isValid() || m_labelClock.elapsed() >= LabelIntervalMs ||
+                !lblCompressedFileProgress->text().isEmpty())
                 showPendingLabels();
             DoEvents();
         },
