@@ -63,6 +63,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "kevro-setup: %s\n", qPrintable(what));
         return 1;
     };
+    // The demo disc comes first and stands on its own: a catalogue refused below leaves it laid out.
     if (p.isSet("demo") || p.isSet("demo-disc")) {
         const QString disc = AppPath() + "/demo-disc";
         if (const QString e = LayOutDemoDisc(disc); !e.isEmpty())
