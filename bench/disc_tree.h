@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// A disc-like tree for the scan benchmark, laid out once under one folder and reused while its marker
+// names the current layout:
+//   disc/      200,000 small files in 10,000 folders (the root and 9,999 below it, up to five deep),
+//              names in ISO 9660 upper case, in mixed case with spaces, or in lower case, by folder;
+//              the tails a master carries (mostly pictures, sound, video and documents, some pages and
+//              libraries the scan does not sort, a few programs); a few hundred bytes each.
+//   archives/  300 ZIPs in a few folders, some 3,000 members in all: text of 10 to 100 KB and
+//              incompressible data, many in subfolders; some archives carry folder entries, some
+//              store their members instead of deflating them.
+// Everything comes from one fixed seed, so every run and every machine gets the same tree.
+struct DiscTree {
+    QString root;
+    QString disc;
+    QString archives;
+    QStringList zips; // relative to archives/, in name order
+    int files = 0;    // the files of disc/
+    int folders = 0;  // the folders of disc/, its root included
+};
+
+// Makes the tree under root unless its marker says it is already there. A root that holds anything
+// but an earlier tree of this benchmark is left alone: the result has an empty disc then, and why is
+// on stderr.
+DiscTree MakeDiscTree(const QString &root);
