@@ -7,8 +7,10 @@ DEBS := cmake ninja-build g++ pkg-config \
         libqt6sql6-sqlite libqt6sql6-psql libqt6sql6-odbc libarchive-dev unixodbc-dev \
         gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav \
         xvfb xauth xdg-utils fonts-dejavu-core python3
-# The tests also run the catalogue against a real PostgreSQL server of their own.
-TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc
+# The tests also run the catalogue against a real PostgreSQL server of their own, build executables
+# with version resources with mingw-w64's binutils and read them back with Debian's pefile.
+TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
+             binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile
 # The scan benchmark compares the expansion with bsdtar.
 BENCH_DEBS := libarchive-tools
 
@@ -33,7 +35,7 @@ run: catalogue
 	@if [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then $(BUILD_DIR)/kevro; \
 	else echo "No display here: starting KEVRO on a virtual one (xvfb-run)."; xvfb-run -a $(BUILD_DIR)/kevro; fi
 
-test: build test-deps
+test: test-deps build
 	@tools/with-postgres.sh $(BUILD_DIR) sh -c 'cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure'
 
 
