@@ -216,6 +216,29 @@ void Connection::Execute(const QString &sql, long)
         throw sqlFailure(q.lastError(), m_engine, sql);
 }
 
+void Connection::BeginTrans()
+{
+    if (!IsOpen())
+        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
+    QSqlDatabase db = Database();
+    if (!db.transaction())
+        throw sqlFailure(db.lastError(), m_engine, QStringLiteral("BEGIN"));
+}
+
+void Connection::CommitTrans()
+{
+    QSqlDatabase db = Database();
+    if (!db.commit())
+        throw sqlFailure(db.lastError(), m_engine, QStringLiteral("COMMIT"));
+}
+
+void Connection::RollbackTrans()
+{
+    QSqlDatabase db = Database();
+    if (!db.rollback())
+        throw sqlFailure(db.lastError(), m_engine, QStringLiteral("ROLLBACK"));
+}
+
 void Recordset::Open(const QString &sql, Connection *connection, int, int, long)
 {
     if (!connection || !connection->IsOpen())

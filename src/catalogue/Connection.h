@@ -30,6 +30,10 @@ public:
     void Execute(const QString &sql, long options = -1);
     void Close();
     bool IsOpen() const;
+    // A unit of work whose statements others see only when it commits. Failures raise like Execute's.
+    void BeginTrans();
+    void CommitTrans();
+    void RollbackTrans();
 
     DataSource::Engine Engine() const { return m_engine; }
     QSqlDatabase Database() const;

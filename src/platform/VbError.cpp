@@ -22,6 +22,7 @@ VbError MakeVbError(long number)
         {VbErr::OutOfMemory, QStringLiteral("Out of memory")},
         {VbErr::SubscriptOutOfRange, QStringLiteral("Subscript out of range")},
         {VbErr::ObjectNotSet, QStringLiteral("Object variable or With block variable not set")},
+        {VbErr::InvalidUseOfNull, QStringLiteral("Invalid use of Null")},
         {VbErr::BadFileName, QStringLiteral("Bad file name or number")},
         {VbErr::FileNotFound, QStringLiteral("File not found")},
         {VbErr::FileAlreadyExists, QStringLiteral("File already exists")},

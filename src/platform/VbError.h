@@ -21,6 +21,7 @@ struct VbError final : std::exception {
 namespace VbErr {
 constexpr long InvalidCall = 5;
 constexpr long ObjectNotSet = 91;
+constexpr long InvalidUseOfNull = 94;
 constexpr long OutOfMemory = 7;
 constexpr long SubscriptOutOfRange = 9;
 constexpr long InternalError = 51;

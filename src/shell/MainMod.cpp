@@ -185,11 +185,16 @@ QString ExtractFolder()
     return AppPath() + QStringLiteral("/extract");
 }
 
+bool IsInExtractFolder(const QString &path)
+{
+    const QString prefix = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
+    return path.left(prefix.size()) == prefix;
+}
+
 QString FileIconKey(const QString &path)
 {
     QString key;
-    const QString prefix = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
-    const bool inArchive = path.left(prefix.size()) == prefix;
+    const bool inArchive = IsInExtractFolder(path);
     bool hidden = false;
     try {
         ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] { hidden = IsHiddenFile(RealPath(path)); });

@@ -57,6 +57,8 @@ bool IsTextFile(const QString &path);
 
 // The extract folder, application path + "/extract".
 QString ExtractFolder();
+// True when a stored path lies in the extract folder: the file came out of an archive.
+bool IsInExtractFolder(const QString &path);
 
 // ---- kevro.ini --------------------------------------------------------------------------------------
 QString IniFileName();

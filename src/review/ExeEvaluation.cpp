@@ -1,0 +1,227 @@
+#include "review/ExeEvaluation.h"
+
+#include "catalogue/Database.h"
+#include "platform/FileSystem.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "shell/MainMod.h"
+
+#include <QHash>
+#include <QSet>
+
+ExeTotals gExeTotals;
+
+namespace {
+
+const QString CatalogueSql = QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APP_COMPONENTS.EXE_NAME, ") +
+                             QStringLiteral("KEVRO_APPS.APP_NAME, KEVRO_APPS.APP_REQUIRES_LICENSE, ") +
+                             QStringLiteral("KEVRO_APPS.APP_LICENSE_PER_MEDIA ") +
+                             QStringLiteral("From KEVRO_APP_COMPONENTS Inner Join KEVRO_APPS ") +
+                             QStringLiteral("On KEVRO_APP_COMPONENTS.EXE_APP = KEVRO_APPS.APP_ID");
+
+QString LicenceSql(const QString &clientCode)
+{
+    return QStringLiteral("Select KEVRO_LICENSES.LICENSE_ID, KEVRO_LICENSES.LICENSE_CLIENT, ") +
+           QStringLiteral("KEVRO_LICENSES.LICENSE_VALID_FROM, KEVRO_LICENSES.LICENSE_VALID_TO, ") +
+           QStringLiteral("KEVRO_LICENSES.LICENSE_PERMINANT,  KEVRO_LICENSES.LICENSE_APP ") +
+           QStringLiteral("From KEVRO_LICENSES ") + QStringLiteral("Where KEVRO_LICENSES.LICENSE_CLIENT='") +
+           clientCode + QStringLiteral("'");
+}
+
+// A value taken from the disc or the catalogue into a string literal: its quotes doubled, so that a
+// folder called O'Brien is judged like any other.
+QString Literal(const QString &value)
+{
+    QString doubled = value;
+    doubled.replace(QLatin1Char('\''), QStringLiteral("''"));
+    return QLatin1Char('\'') + doubled + QLatin1Char('\'');
+}
+
+QString InsertSql(const QString &appName, const QString &path, const QString &exeName, bool licensed)
+{
+    return QStringLiteral("Insert Into KEVRO_APP_RESULTS( ") + QStringLiteral("APP_NAME, ") +
+           QStringLiteral("EXE_PATH, ") + QStringLiteral("EXE_NAME, ") + QStringLiteral("APP_LICENSED) ") +
+           QStringLiteral("Values(") + Literal(appName) + QStringLiteral(", ") + Literal(path) +
+           QStringLiteral(", ") + Literal(exeName) + QStringLiteral(", ") +
+           (licensed ? QStringLiteral("True)") : QStringLiteral("False)"));
+}
+
+const QString ResultsSql = QStringLiteral("Select APP_NAME, EXE_NAME, EXE_PATH, APP_LICENSED ") +
+                           QStringLiteral("From KEVRO_APP_RESULTS ") + QStringLiteral("Order By APP_NAME");
+const QString EmptyResultsSql =
+    QStringLiteral("Delete KEVRO_APP_RESULTS.APP_NAME ") + QStringLiteral("From KEVRO_APP_RESULTS");
+
+// A whole number as the runtime converts a column to a 32-bit integer.
+int32_t ToLong(const QVariant &value)
+{
+    if (value.isNull())
+        RaiseVbError(VbErr::InvalidUseOfNull);
+    return int32_t(value.toLongLong());
+}
+
+QString ToText(const QVariant &value)
+{
+    if (value.isNull())
+        RaiseVbError(VbErr::InvalidUseOfNull);
+    return value.toString();
+}
+
+// One component row of the catalogue, in the recordset's own order.
+struct Component {
+    int32_t appId;
+    QString appName;
+    bool requiresLicence;
+};
+
+// The catalogue indexed by upper-cased component name and the client's licences by application: each
+// executable costs its own matching rows, never a walk of the whole catalogue.
+class Catalogue
+{
+public:
+    void load(Recordset &components, Recordset &licences)
+    {
+        for (components.MoveFirst(); !components.Eof(); components.MoveNext()) {
+            const QVariant name = components.Fields(QStringLiteral("EXE_NAME"));
+            if (name.isNull())
+                continue; // a null name compares equal to nothing
+            const QVariant needs = components.Fields(QStringLiteral("APP_REQUIRES_LICENSE"));
+            m_rows.append({ToLong(components.Fields(QStringLiteral("APP_ID"))),
+                           ToText(components.Fields(QStringLiteral("APP_NAME"))),
+                           !needs.isNull() && needs.toBool()});
+            m_byName[name.toString().toUpper()].append(m_rows.size() - 1);
+        }
+        if (licences.RecordCount() > 0) {
+            for (licences.MoveFirst(); !licences.Eof(); licences.MoveNext()) {
+                const QVariant app = licences.Fields(QStringLiteral("LICENSE_APP"));
+                if (!app.isNull())
+                    m_licensedApps.insert(ToLong(app));
+            }
+        }
+    }
+
+    // The verdict on one file name: the last matching row's application, licensed when any matching
+    // row needs no licence or names an application the client holds a licence for, whatever its dates.
+    bool judge(const QString &exeName, QString &appName, bool &licensed) const
+    {
+        const auto it = m_byName.constFind(exeName.toUpper());
+        if (it == m_byName.constEnd())
+            return false;
+        licensed = false;
+        for (const int row : *it) {
+            const Component &c = m_rows[row];
+            appName = c.appName;
+            if (!c.requiresLicence || m_licensedApps.contains(c.appId))
+                licensed = true;
+        }
+        return true;
+    }
+
+private:
+    QList<Component> m_rows;
+    QHash<QString, QList<int>> m_byName;
+    QSet<int32_t> m_licensedApps;
+};
+
+bool IsHiddenOnDisc(const QString &path)
+{
+    // A file that went away since the scan is simply not marked.
+    try {
+        return IsHiddenFile(RealPath(path));
+    } catch (const VbError &) {
+        return false;
+    }
+}
+
+// The trees from the results table: one root per application name in each tree, each file under the
+// root of its own application. Keys carry a separator, so no two can be the same.
+void FillApplicationTrees(ExeEvaluation &result)
+{
+    Recordset rs;
+    rs.Open(ResultsSql, gConnection.get());
+    struct Tree {
+        QList<ApplicationRoot> *roots;
+        QString rootLetter, childLetter;
+        QHash<QString, int> rootOf;
+    };
+    Tree licensed{&result.licensed, QStringLiteral("C"), QStringLiteral("D"), {}};
+    Tree unlicensed{&result.unlicensed, QStringLiteral("A"), QStringLiteral("B"), {}};
+    if (rs.RecordCount() > 0) {
+        for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) {
+            const QVariant flag = rs.Fields(QStringLiteral("APP_LICENSED"));
+            Tree &tree = (!flag.isNull() && !flag.toBool()) ? unlicensed : licensed;
+            const QString name = ToText(rs.Fields(QStringLiteral("APP_NAME")));
+            auto found = tree.rootOf.constFind(name);
+            if (found == tree.rootOf.constEnd()) {
+                const int number = int(tree.roots->size()) + 1;
+                tree.roots->append({tree.rootLetter + QString::number(number), name, {}});
+                found = tree.rootOf.insert(name, number - 1);
+            }
+            ApplicationRoot &root = (*tree.roots)[*found];
+            const QString path = ToText(rs.Fields(QStringLiteral("EXE_PATH")));
+            const QString text = ToText(rs.Fields(QStringLiteral("EXE_NAME"))) + QStringLiteral(" (") +
+                                 FileSizeText(path) + QStringLiteral(")");
+            root.files.append({tree.childLetter + QString::number(*found + 1) + QLatin1Char('-') +
+                                   QString::number(root.files.size()),
+                               text, path});
+        }
+    }
+    result.unlicensedCaption = QStringLiteral("Unlicensed Applications - ") + QString::number(result.unlicensed.size());
+    result.licensedCaption = QStringLiteral("Licensed Applications - ") + QString::number(result.licensed.size());
+    gExeTotals.unlicensed = QString::number(result.unlicensed.size());
+    gExeTotals.licensed = QString::number(result.licensed.size());
+}
+
+UnknownExe Unknown(const QString &path)
+{
+    return {path, FileNameOnly(path), FileSizeText(path), IsInExtractFolder(path), IsHiddenOnDisc(path)};
+}
+
+} // namespace
+
+ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &clientCode)
+{
+    const QString exeTail = QStringLiteral(".EXE");
+    ExeEvaluation result;
+    OpenDatabase();
+    Recordset components, licences;
+    components.Open(CatalogueSql, gConnection.get());
+    licences.Open(LicenceSql(clientCode), gConnection.get());
+
+    if (components.RecordCount() == 0) {
+        result.catalogueEmpty = true;
+        for (const QString &path : mediaFiles) {
+            if (path.right(4) == exeTail)
+                result.unknown.append(Unknown(path));
+        }
+    } else {
+        Catalogue catalogue;
+        catalogue.load(components, licences);
+        // Another station's evaluation never sees these rows: they live and die in one transaction.
+        gConnection->BeginTrans();
+        try {
+            for (const QString &path : mediaFiles) {
+                if (path.right(4) != exeTail)
+                    continue;
+                const QString exeName = FileNameOnly(path);
+                QString appName;
+                bool licensed = false;
+                if (!catalogue.judge(exeName, appName, licensed))
+                    result.unknown.append(Unknown(path));
+                else if (!appName.isEmpty())
+                    gConnection->Execute(InsertSql(appName, path, exeName, licensed));
+            }
+            components.Close();
+            FillApplicationTrees(result);
+            gConnection->Execute(EmptyResultsSql);
+            gConnection->CommitTrans();
+        } catch (const VbError &) {
+            ResumeNext([] { gConnection->RollbackTrans(); });
+            throw;
+        }
+    }
+    CloseDatabase();
+
+    result.unknownCaption = QStringLiteral("Unknown Programs - ") + QString::number(result.unknown.size());
+    gExeTotals.unknown = QString::number(result.unknown.size());
+    return result;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// The judgement of a disc's executables: every path of the scan whose name ends in ".EXE" is known and
+// licensed, known and un-licensed, or unknown. Computed once per scan; the application viewer shows it
+// and the report reads it.
+
+// A file of a known application: "NAME.EXE (12 KB)", its full stored path as its tag.
+struct ApplicationFile {
+    QString key;
+    QString text;
+    QString tag;
+};
+// An application found on the disc, with the files that made it known.
+struct ApplicationRoot {
+    QString key;
+    QString name;
+    QList<ApplicationFile> files;
+};
+// A file that no application of the catalogue lists.
+struct UnknownExe {
+    QString path;
+    QString fileName;
+    QString sizeText;
+    bool inArchive = false;
+    bool hidden = false;
+};
+
+struct ExeEvaluation {
+    // With an empty catalogue every executable is unknown and the trees keep their stored captions.
+    bool catalogueEmpty = false;
+    // One root per application name in each tree, in the order of the application names.
+    QList<ApplicationRoot> licensed;
+    QList<ApplicationRoot> unlicensed;
+    // In the order of the scan's list.
+    QList<UnknownExe> unknown;
+    // The captions over the two trees and the grid; empty where the stored caption stays.
+    QString licensedCaption;
+    QString unlicensedCaption;
+    QString unknownCaption;
+};
+
+// The three totals the job's summary shows. A null text is one the evaluation did not write: the
+// summary keeps what it showed before (an empty catalogue writes the unknown total only).
+struct ExeTotals {
+    QString licensed;
+    QString unlicensed;
+    QString unknown;
+};
+extern ExeTotals gExeTotals;
+
+// Evaluates the ".EXE" paths of a scan's list (stored upper-case paths, archive members included) for
+// the client's licences, through the catalogue's scratch table, in one transaction on the connection
+// of OpenDatabase. Writes gExeTotals. A failing statement raises its VbError after the transaction was
+// rolled back.
+ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &clientCode);
