@@ -12,6 +12,7 @@
 #include "platform/Paths.h"
 #include "platform/VbError.h"
 #include "scan/MediaWalker.h"
+#include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanDisc.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
@@ -153,6 +154,7 @@ void TestScan::init()
 void TestScan::cleanup()
 {
     Forms::unload<frmScanProgress>();
+    Forms::unload<frmScanResultsEXEs>();
     Forms::unload<frmScanDisc>();
     Forms::unload<frmMainMenu>();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -478,8 +480,9 @@ void TestScan::scanThroughTheScreens()
     // Four top-level folders: the bar moves a quarter as each one's files are done.
     QVERIFY(std::is_sorted(bar.begin(), bar.end()));
     QCOMPARE(bar.last(), 75);
-    // The scan ends on the set-up screen until the review screens come; the progress screen is gone.
-    QVERIFY(s->isVisible());
+    // With executables ticked the scan ends on the application viewer; the progress screen is gone.
+    QVERIFY(!s->isVisible());
+    QVERIFY(Forms::isLoaded<frmScanResultsEXEs>() && Forms::get<frmScanResultsEXEs>()->isVisible());
     QVERIFY(!Forms::isLoaded<frmScanProgress>());
     QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
     QVERIFY(entries(gMediaFiles).contains(m_extract.toUpper() + "/FOLDER 0/PACK.ZIP/PACKED.GIF"));
@@ -488,7 +491,9 @@ void TestScan::scanThroughTheScreens()
     QCOMPARE(FirstReviewScreen({false, false, false, false, true, true}), QString("frmScanResultsText"));
     QCOMPARE(FirstReviewScreen({false, false, false, false, false, true}), QString("frmScanResultsOther"));
 
-    // Back goes to the main menu and closes this screen.
+    // Back from the viewer throws its evaluation away; back again goes to the main menu.
+    QTest::mouseClick(Forms::get<frmScanResultsEXEs>()->cmdPrevious, Qt::LeftButton);
+    QVERIFY(!Forms::isLoaded<frmScanResultsEXEs>() && s->isVisible());
     QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
     QVERIFY(!Forms::isLoaded<frmScanDisc>());
     QVERIFY(Forms::isLoaded<frmMainMenu>() && Forms::get<frmMainMenu>()->isVisible());
@@ -525,7 +530,11 @@ void TestScan::cancel()
             QCOMPARE(found, 30);
         else
             QVERIFY2(found >= 10 && found < 30, qPrintable(QString::number(found)));
-        QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
+        // A scan that ran to its end goes on to the viewer; a cancelled one back to the set-up.
+        QCOMPARE(s->isVisible(), answer == vbYes);
+        QCOMPARE(Forms::isLoaded<frmScanResultsEXEs>(), answer == vbNo);
+        QVERIFY(!Forms::isLoaded<frmScanProgress>());
+        Forms::unload<frmScanResultsEXEs>();
         Forms::unload<frmScanDisc>();
     }
 

@@ -225,3 +225,21 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
     gExeTotals.unknown = QString::number(result.unknown.size());
     return result;
 }
+
+std::optional<QString> WebLicenceOf(const QString &appName)
+{
+    OpenDatabase();
+    Recordset rs;
+    // The name comes from the catalogue and may hold a quote: it is doubled, as for the disc's values.
+    rs.Open(QStringLiteral("SELECT APP_WEB_LICENSE ") + QStringLiteral("From KEVRO_APPS ") +
+                QStringLiteral("Where APP_NAME = ") + Literal(appName) + QStringLiteral(" ") +
+                QStringLiteral("GROUP BY APP_WEB_LICENSE"),
+            gConnection.get(), 3, 3, -1);
+    std::optional<QString> address;
+    if (rs.RecordCount() > 0) {
+        rs.MoveFirst();
+        address = NullToEmpty(rs.Fields(QStringLiteral("APP_WEB_LICENSE"))).toString();
+    }
+    CloseDatabase();
+    return address;
+}

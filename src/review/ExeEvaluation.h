@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 // The judgement of a disc's executables: every path of the scan whose name ends in ".EXE" is known and
 // licensed, known and un-licensed, or unknown. Computed once per scan; the application viewer shows it
 // and the report reads it.
@@ -57,3 +59,7 @@ extern ExeTotals gExeTotals;
 // of OpenDatabase. Writes gExeTotals. A failing statement raises its VbError after the transaction was
 // rolled back.
 ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &clientCode);
+
+// The web address of an application's licence terms: nullopt when no application has that name, an
+// empty text when it has none.
+std::optional<QString> WebLicenceOf(const QString &appName);

@@ -6,6 +6,7 @@
 #include "platform/MsgBox.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
+#include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
@@ -130,7 +131,9 @@ void frmScanDisc::cmdChooseFolder_Click()
 void frmScanDisc::PrepareToScan()
 {
     try {
-        // The review screens and the summary are unloaded and reset here as they join the program.
+        // No result of an earlier scan survives into this one. The other review screens and the
+        // summary's reset join here as they become part of the program.
+        Forms::unload<frmScanResultsEXEs>();
     } catch (const VbError &) {
         // The drive text of this message is never set: the letter is missing.
         MsgBox(QStringLiteral("Default device :\\ is not ready or available."), vbCritical);

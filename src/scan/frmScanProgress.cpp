@@ -1,5 +1,7 @@
 #include "scan/frmScanProgress.h"
 
+#include "review/ReviewScreens.h"
+
 #include "controls/Forms.h"
 #include "controls/Pictures.h"
 #include "platform/Events.h"
@@ -160,16 +162,6 @@ void frmScanProgress::ScanFiles()
     Unload();
 }
 
-namespace {
-// The screen a scan leads to, by name; nullptr for a review screen this program does not have yet.
-Form *ScreenNamed(const QString &name)
-{
-    if (name == QLatin1String("frmScanDisc"))
-        return Forms::get<frmScanDisc>();
-    return nullptr;
-}
-} // namespace
-
 void frmScanProgress::ShowNextScreen()
 {
     auto *scanDisc = Forms::get<frmScanDisc>();
@@ -186,7 +178,7 @@ void frmScanProgress::ShowNextScreen()
     }
     // Until the review screen asked for is part of the program, the scan comes back to the set-up
     // screen with its lists filled.
-    Form *target = ScreenNamed(next);
+    Form *target = ReviewScreenNamed(next);
     if (!target)
         target = scanDisc;
     target->Move(Left(), Top());
