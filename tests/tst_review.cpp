@@ -2,15 +2,34 @@
 // row of the decision, the trees' shape and keys, the unknown list's marks, names with apostrophes, the
 // empty catalogue, and two stations evaluating at the same moment on the shared server.
 
+#include "ArchiveFixtures.h"
 #include "CatalogueFixture.h"
+#include "Operator.h"
 #include "TestSupport.h"
+
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
+#include "platform/MsgBox.h"
+#include "platform/ShellOpen.h"
+#include "review/frmScanResultsEXEs.h"
+#include "scan/frmScanDisc.h"
+#include "shell/MainModScreens.h"
 
 #include "platform/Paths.h"
 #include "review/ExeEvaluation.h"
 #include "shell/MainMod.h"
 
+#include <QAction>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
 #include <QLocale>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QTreeWidget>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -30,6 +49,16 @@ public:
         const QString stored = real.toUpper();
         AppendToList(m_files, stored);
         return stored;
+    }
+    // A copy of a real file.
+    QString addCopy(const QString &relative, const QString &source)
+    {
+        const QString real = m_dir.filePath(relative);
+        QDir().mkpath(QFileInfo(real).path());
+        if (!QFile::copy(source, real))
+            return QString();
+        AppendToList(m_files, real.toUpper());
+        return real.toUpper();
     }
     // A member of an archive, laid out in the extract folder as the expansion leaves it.
     QString addMember(const QString &relative)
@@ -88,8 +117,16 @@ private Q_SLOTS:
     void everyFileUnderItsOwnApplication();
     void rowsLeftBehindAreShownAndRemoved();
     void stationsNeverSeeEachOthersRows();
+    void viewerShowsTheJudgement();
+    void selectingFilesAndTheirMenus();
+    void licencePagesAndWebSearch();
+    void emptyGridIgnoresClicks();
 
 private:
+    frmScanResultsEXEs *openViewer(const Disc &disc);
+    bool onlyOnSQLite();
+    QStringList m_opened;
+    long m_openResult = 42;
     TempAppFolder m_app;
     CatalogueFixture m_catalogue;
 };
@@ -104,6 +141,13 @@ void TestReview::initTestCase_data()
 void TestReview::initTestCase()
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+    // What the desktop would have opened, and what it answers.
+    SetShellExecuteLauncher([this](const ShellExecuteRequest &r) {
+        m_opened << r.file;
+        return m_openResult;
+    });
 }
 
 void TestReview::init()
@@ -117,6 +161,11 @@ void TestReview::init()
     QCOMPARE(m_catalogue.create(engine, m_app.path()), QString());
     gExeTotals = ExeTotals();
     ClearRealPaths();
+    Forms::unload<frmScanResultsEXEs>();
+    m_opened.clear();
+    m_openResult = 42;
+    gClientCode = Client;
+    QFile::remove(IniFileName());
 }
 
 void TestReview::decisionTable()
@@ -150,7 +199,7 @@ void TestReview::decisionTable()
     disc.add("README.TXT");
     const QString unknownB = disc.add("B/ZULU.EXE", 2048);
     const QString unknownA = disc.add("A/ZULU.EXE", 0);
-    const QString hidden = disc.add(".HIDDEN/SETUP.EXE");
+    const QString hidden = disc.add("HIDDEN/.SETUP.EXE");
     const QString member = disc.addMember("PACK.ZIP/INNER/UNKNOWN.EXE");
 
     const ExeEvaluation result = EvaluateExecutables(disc.files(), Client);
@@ -193,7 +242,8 @@ void TestReview::decisionTable()
     QCOMPARE(result.unknown[2].path, hidden);
     QCOMPARE(result.unknown[3].path, member);
     QVERIFY(!result.unknown[0].hidden && !result.unknown[0].inArchive);
-    QVERIFY(result.unknown[3].inArchive);
+    QVERIFY(result.unknown[2].hidden && !result.unknown[2].inArchive);
+    QVERIFY(result.unknown[3].inArchive && !result.unknown[3].hidden);
 
     QCOMPARE(result.licensedCaption, QStringLiteral("Licensed Applications - 5"));
     QCOMPARE(result.unlicensedCaption, QStringLiteral("Unlicensed Applications - 2"));
@@ -337,5 +387,245 @@ void TestReview::stationsNeverSeeEachOthersRows()
     }
 }
 
-QTEST_GUILESS_MAIN(TestReview)
+bool TestReview::onlyOnSQLite()
+{
+    QFETCH_GLOBAL(QString, engine);
+    return engine == "sqlite";
+}
+
+frmScanResultsEXEs *TestReview::openViewer(const Disc &disc)
+{
+    gMediaFiles = disc.files();
+    auto *v = Forms::get<frmScanResultsEXEs>();
+    v->show();
+    return v;
+}
+
+namespace {
+QStringList gridColumn(FlexGrid *grid, int col)
+{
+    QStringList out;
+    for (int r = 0; r < grid->Rows(); ++r)
+        out << grid->TextMatrix(r, col);
+    return out;
+}
+
+QTreeWidgetItem *nodeWithText(QTreeWidget *tree, const QString &text)
+{
+    const auto found = tree->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+void clickNode(QTreeWidget *tree, QTreeWidgetItem *node, Qt::MouseButton button = Qt::LeftButton)
+{
+    QTest::mouseClick(tree->viewport(), button, {}, tree->visualItemRect(node).center());
+}
+
+void clickHeading(FlexGrid *grid, int col)
+{
+    QHeaderView *h = grid->horizontalHeader();
+    QTest::mouseClick(h->viewport(), Qt::LeftButton, {},
+                      QPoint(h->sectionViewportPosition(col) + h->sectionSize(col) / 2, h->height() / 2));
+}
+
+QString corpusFile(const QString &name)
+{
+    const QString corpus = CorpusFolder();
+    return corpus.isEmpty() ? QString() : corpus + "/pe/" + name;
+}
+} // namespace
+
+void TestReview::viewerShowsTheJudgement()
+{
+    if (!onlyOnSQLite())
+        QSKIP("the screen is the same on every engine");
+    m_catalogue.addApp("Viewer", {"VIEW.EXE"}, false);
+    m_catalogue.addApp("Studio", {"STUDIO.EXE"}, true);
+    Disc disc;
+    disc.add("VIEW.EXE");
+    disc.add("STUDIO.EXE");
+    disc.add("B/ZULU.EXE", 40000);
+    disc.add("A/MIKE.EXE", 9000);
+    const QString hidden = disc.add("SECRET/.ALPHA.EXE");
+    const QString member = disc.addMember("PACK.ZIP/INNER/.BRAVO.EXE");
+    auto *v = openViewer(disc);
+
+    QCOMPARE(v->windowTitle(), QStringLiteral("KEVRO - Application Viewer"));
+    QCOMPARE(v->lblLicensedPrograms->text(), QStringLiteral("Licensed Applications - 1"));
+    QCOMPARE(v->lblUnlicensedPrograms->text(), QStringLiteral("Unlicensed Applications - 1"));
+    QCOMPARE(v->lblUnknownPrograms->text(), QStringLiteral("Unknown Programs - 4"));
+    QCOMPARE(v->treLicensedEXEs->topLevelItem(0)->text(0), QStringLiteral("Viewer"));
+    QCOMPARE(v->treLicensedEXEs->topLevelItem(0)->child(0)->text(0), QStringLiteral("VIEW.EXE (1 KB)"));
+    QCOMPARE(v->treUnlicensedEXEs->topLevelItem(0)->text(0), QStringLiteral("Studio"));
+
+    // Title row, the hidden path column, rows by file name whatever the disc's order.
+    FlexGrid *grid = v->gridUnknownEXEs;
+    QCOMPARE(grid->FixedRows(), 1);
+    QCOMPARE(gridColumn(grid, 2), QStringList({"File Name", ".ALPHA.EXE", ".BRAVO.EXE", "MIKE.EXE", "ZULU.EXE"}));
+    QCOMPARE(gridColumn(grid, 3), QStringList({"File Size", "1 KB", "3 KB", "9 KB", "39 KB"}));
+    QCOMPARE(grid->TextMatrix(0, 1), QStringLiteral("Path"));
+    QCOMPARE(grid->ColWidth(1), 0L);
+    QCOMPARE(grid->ColWidth(2), 4110L);
+    // Marks: hidden, and the archive's mark for a member that is hidden too; none for the others.
+    QCOMPARE(grid->TextMatrix(1, 1), hidden);
+    QCOMPARE(grid->TextMatrix(2, 1), member);
+    QVERIFY(grid->HasCellPicture(1, 0) && grid->HasCellPicture(2, 0));
+    QVERIFY(!grid->HasCellPicture(3, 0) && !grid->HasCellPicture(4, 0));
+    grid->setRow(2);
+    grid->setCol(0);
+    QCOMPARE(grid->CellPicture().cacheKey(), v->picZipIcon->pixmap().cacheKey());
+    grid->setRow(1);
+    QCOMPARE(grid->CellPicture().cacheKey(), v->picHiddenIcon->pixmap().cacheKey());
+
+    // Headings: the first click on a name sorts as the list already stands, the second reverses it; a
+    // click on the size sorts by the number.
+    clickHeading(grid, 2);
+    QCOMPARE(grid->TextMatrix(1, 2), QStringLiteral(".ALPHA.EXE"));
+    clickHeading(grid, 2);
+    QCOMPARE(grid->TextMatrix(1, 2), QStringLiteral("ZULU.EXE"));
+    clickHeading(grid, 3);
+    QCOMPARE(gridColumn(grid, 3).mid(1), QStringList({"1 KB", "3 KB", "9 KB", "39 KB"}));
+    QCOMPARE(grid->Col(), 0);
+    clickHeading(grid, 3);
+    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("39 KB"));
+
+    // Back throws the judgement away and shows the set-up screen again.
+    WriteIniKey("Devices", "DefaultDevice", AppPath());
+    QTest::mouseClick(v->cmdPrevious, Qt::LeftButton);
+    QVERIFY(!Forms::isLoaded<frmScanResultsEXEs>());
+    QVERIFY(Forms::get<frmScanDisc>()->isVisible());
+    Forms::unload<frmScanDisc>();
+}
+
+void TestReview::selectingFilesAndTheirMenus()
+{
+    if (!onlyOnSQLite())
+        QSKIP("the screen is the same on every engine");
+    const QString pidgin = corpusFile("secana+PeNet__test__PeNet.Test__Binaries__pidgin.exe");
+    if (pidgin.isEmpty())
+        QSKIP("skipped: no corpus");
+    m_catalogue.addApp("Pidgin", {"PIDGIN.EXE"}, false);
+    m_catalogue.addApp("Packed Tool", {"TOOL.EXE"}, true);
+    Disc disc;
+    const QString pidginPath = disc.addCopy("PIDGIN.EXE", pidgin);
+    QVERIFY(!pidginPath.isEmpty());
+    const QString member = disc.addMember("SETUP.ZIP/BIN/TOOL.EXE");
+    auto *v = openViewer(disc);
+    QTreeWidget *licensed = v->treLicensedEXEs;
+    QTreeWidget *unlicensed = v->treUnlicensedEXEs;
+
+    // A file's node: its version information and its path as the tool tip; a root clears both.
+    clickNode(licensed, nodeWithText(licensed, "PIDGIN.EXE (" + FileSizeText(pidginPath) + ")"));
+    QCOMPARE(v->txtFileInfo->toPlainText().section('\n', 0, 1), QStringLiteral("Company Name:\nThe Pidgin developer community"));
+    QVERIFY(v->txtFileInfo->toPlainText().endsWith("Product Version:\n2.10.11"));
+    QCOMPARE(licensed->toolTip(), pidginPath);
+    clickNode(licensed, licensed->topLevelItem(0));
+    QCOMPARE(v->txtFileInfo->toPlainText(), QString());
+    QCOMPARE(licensed->toolTip(), QString());
+    // An archive member names the archive's place in the extract folder.
+    QTreeWidgetItem *memberNode = unlicensed->topLevelItem(0)->child(0);
+    clickNode(unlicensed, memberNode);
+    QCOMPARE(unlicensed->toolTip(), QStringLiteral("Archive file: ") + member.mid((AppPath() + "/extract").size()));
+    QVERIFY(unlicensed->toolTip().startsWith("Archive file: /SETUP.ZIP/"));
+    QCOMPARE(v->txtFileInfo->toPlainText(), QStringLiteral("(No version information for this file)"));
+
+    // A right click works on the node already selected and never selects one: on a root only the
+    // licence page, on a file only the launch.
+    licensed->setCurrentItem(licensed->topLevelItem(0));
+    clickNode(licensed, licensed->topLevelItem(0)->child(0), Qt::RightButton);
+    QCOMPARE(licensed->currentItem(), licensed->topLevelItem(0));
+    QVERIFY(v->mnuContextLicensed->isVisible());
+    QVERIFY(v->mnuContextLicensedShowWebsite->isVisible() && !v->mnuContextLicensedLaunchEXE->isVisible());
+    v->mnuContextLicensed->hide();
+    clickNode(unlicensed, memberNode, Qt::RightButton);
+    QVERIFY(v->mnuContextUnlicensed->isVisible());
+    QVERIFY(v->mnuContextUnlicensedLaunchExe->isVisible() && !v->mnuContextUnlicensedShowWebsite->isVisible());
+    QVERIFY(!v->mnuContextUnlicensedAddToLicenced->isVisible());
+    // Launch hands the file to the desktop's opener; a refusal is the operator's message.
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    m_openResult = ShellExecuteNoAssociation;
+    v->mnuContextUnlicensedLaunchExe->trigger();
+    v->mnuContextUnlicensed->hide();
+    QCOMPARE(m_opened, QStringList{RealPath(member)});
+    QCOMPARE(boxes.prompts(), QStringList{"Program can not run - it may be corrupt."});
+    QCOMPARE(boxes.boxes().first().style, int(vbCritical));
+}
+
+void TestReview::licencePagesAndWebSearch()
+{
+    if (!onlyOnSQLite())
+        QSKIP("the screen is the same on every engine");
+    const QString pidgin = corpusFile("secana+PeNet__test__PeNet.Test__Binaries__pidgin.exe");
+    if (pidgin.isEmpty())
+        QSKIP("skipped: no corpus");
+    m_catalogue.addApp("With Page", {"PAGE.EXE"}, false, false, "https://example.org/terms");
+    m_catalogue.addApp("No Page", {"NOPAGE.EXE"}, false);
+    m_catalogue.addApp("O'Neil Utilities", {"ONEIL.EXE"}, false);
+    Disc disc;
+    disc.add("PAGE.EXE");
+    disc.add("NOPAGE.EXE");
+    disc.add("ONEIL.EXE");
+    QVERIFY(!disc.addCopy("CHAT.EXE", pidgin).isEmpty());
+    disc.add("PLAIN.EXE");
+    auto *v = openViewer(disc);
+
+    MsgBoxResponder boxes;
+    v->DisplaySelectedLicenseWebsite("With Page");
+    QCOMPARE(m_opened, QStringList{"https://example.org/terms"});
+    boxes.queue(vbOK);
+    v->DisplaySelectedLicenseWebsite("No Page");
+    QCOMPARE(boxes.prompts(), QStringList{"No web-site listed for this program."});
+    QCOMPARE(boxes.boxes().first().style, int(vbInformation));
+    // An application removed meanwhile: nothing at all. A name with a quote is looked up like any other.
+    m_opened.clear();
+    m_catalogue.execute("Delete From KEVRO_APPS Where APP_NAME = 'With Page'");
+    v->DisplaySelectedLicenseWebsite("With Page");
+    QCOMPARE(m_opened, QStringList());
+    boxes.queue(vbOK);
+    v->DisplaySelectedLicenseWebsite("O'Neil Utilities");
+    QCOMPARE(boxes.prompts(), QStringList(2, "No web-site listed for this program."));
+
+    // The search takes the company name of the row right-clicked, and the bare name after a file
+    // without version data.
+    FlexGrid *grid = v->gridUnknownEXEs;
+    QCOMPARE(gridColumn(grid, 2), QStringList({"File Name", "CHAT.EXE", "PLAIN.EXE"}));
+    const auto rightClickRow = [grid](int row) {
+        const int r = row - grid->FixedRows();
+        QTest::mouseClick(grid->viewport(), Qt::RightButton, {},
+                          QPoint(grid->columnViewportPosition(2) + 5, grid->rowViewportPosition(r) + 3));
+    };
+    rightClickRow(1);
+    QVERIFY(v->mnuContextUnknown->isVisible() && v->mnuContextUnknownSearchOnWeb->isVisible());
+    v->mnuContextUnknownSearchOnWeb->trigger();
+    v->mnuContextUnknown->hide();
+    QCOMPARE(m_opened.last(), QStringLiteral("https://www.google.com/search?q=The Pidgin developer community CHAT.EXE"));
+    WriteIniKey("Web", "SearchHost", "https://search.example.net");
+    rightClickRow(2);
+    v->mnuContextUnknownSearchOnWeb->trigger();
+    v->mnuContextUnknown->hide();
+    QCOMPARE(m_opened.last(), QStringLiteral("https://search.example.net/search?q=PLAIN.EXE"));
+}
+
+void TestReview::emptyGridIgnoresClicks()
+{
+    if (!onlyOnSQLite())
+        QSKIP("the screen is the same on every engine");
+    m_catalogue.addApp("Viewer", {"VIEW.EXE"}, false);
+    Disc disc;
+    disc.add("VIEW.EXE");
+    auto *v = openViewer(disc);
+    FlexGrid *grid = v->gridUnknownEXEs;
+    // Not even the title row stays.
+    QCOMPARE(grid->Rows(), 0);
+    QCOMPARE(v->lblUnknownPrograms->text(), QStringLiteral("Unknown Programs - 0"));
+    QTest::mouseClick(grid->viewport(), Qt::RightButton, {}, QPoint(20, 10));
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, QPoint(20, 10));
+    QVERIFY(!v->mnuContextUnknown->isVisible());
+    QVERIFY(!v->mnuContextUnknownLaunchEXE->isVisible() && !v->mnuContextUnknownSearchOnWeb->isVisible());
+    QCOMPARE(grid->Rows(), 0);
+    QCOMPARE(v->txtFileInfo->toPlainText(), QString());
+}
+
+QTEST_MAIN(TestReview)
 #include "tst_review.moc"

@@ -16,7 +16,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QCursor>
-#include <QFontDatabase>
 #include <QFrame>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -121,9 +120,9 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     PlaceTw(lblFileInfoCaption, 5040, 3810, 6120, 270);
     txtFileInfo = Named(new QPlainTextEdit(central), "txtFileInfo");
     txtFileInfo->setReadOnly(true);
-    // Small Fonts of old: the smallest face the desktop has.
-    QFont small = QFontDatabase::systemFont(QFontDatabase::SmallestReadableFont);
-    small.setPointSizeF(std::max(7.0, small.pointSizeF()));
+    // A small face, as the version details are many short lines.
+    QFont small = txtFileInfo->font();
+    small.setPointSizeF(std::max(7.0, small.pointSizeF() * 0.8));
     txtFileInfo->setFont(small);
     PlaceTw(txtFileInfo, 5040, 4080, 6120, 2280);
 
