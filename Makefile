@@ -11,8 +11,8 @@ DEBS := cmake ninja-build g++ pkg-config \
 # with version resources with mingw-w64's binutils and read them back with Debian's pefile.
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
              binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile
-# The scan benchmark compares the expansion with bsdtar.
-BENCH_DEBS := libarchive-tools
+# The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell.
+BENCH_DEBS := libarchive-tools sqlite3
 
 .PHONY: run test build deps test-deps catalogue bench clean
 
@@ -46,6 +46,7 @@ bench: build
 	@tools/install-deps.sh $(BENCH_DEBS) || echo "bsdtar missing: the expansion ratio will be skipped"
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_flexgrid_fill
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_scan_speed
+	@$(BUILD_DIR)/bench/bench_evaluation_speed
 
 clean:
 	rm -rf $(BUILD_DIR)
