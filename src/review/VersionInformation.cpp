@@ -41,7 +41,8 @@ bool VersionInformation::ReadVersionInformation(const QString &path)
     OriginalFileName = ReadVersionString(QStringLiteral("OriginalFileName"));
     ProductName = ReadVersionString(QStringLiteral("ProductName"));
     ProductVersion = ReadVersionString(QStringLiteral("ProductVersion"));
-    return !ProductVersion.trimmed().isEmpty();
+    // Blanks alone are no version.
+    return !QString(ProductVersion).remove(QLatin1Char(' ')).isEmpty();
 }
 
 QString VersionInformation::ReadVersionString(const QString &name) const
