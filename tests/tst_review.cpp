@@ -117,6 +117,7 @@ private Q_SLOTS:
     void everyFileUnderItsOwnApplication();
     void rowsLeftBehindAreShownAndRemoved();
     void stationsNeverSeeEachOthersRows();
+    void simplerJudgementByLicenceRows();
     void viewerShowsTheJudgement();
     void selectingFilesAndTheirMenus();
     void licencePagesAndWebSearch();
@@ -385,6 +386,29 @@ void TestReview::stationsNeverSeeEachOthersRows()
         QVERIFY2(p->exitCode() == 0, qPrintable(out));
         QVERIFY2(out.contains("rounds 6 ok"), qPrintable(out));
     }
+}
+
+void TestReview::simplerJudgementByLicenceRows()
+{
+    // The licence's application number is matched with the component's own number: a licence for
+    // application 1 holds whatever component is numbered 1.
+    m_catalogue.addApp("First", {"FIRST.EXE"}, true);
+    m_catalogue.addApp("Second", {"SECOND.EXE"}, true);
+    const long firstComponent =
+        m_catalogue.column("Select EXE_ID From KEVRO_APP_COMPONENTS Where EXE_NAME = 'FIRST.EXE'", "EXE_ID")
+            .first()
+            .toLong();
+    m_catalogue.addLicence(Client, firstComponent);
+    Disc disc;
+    const QString first = disc.add("FIRST.EXE");
+    const QString second = disc.add("SECOND.EXE");
+    const QString other = disc.add("OTHER.EXE");
+    disc.add("NOTES.TXT");
+    const ExeLists lists = ListExecutablesByLicence(disc.files(), Client);
+    QCOMPARE(lists.licensed, QStringList{first});
+    QCOMPARE(lists.unlicensed, QStringList{second});
+    QCOMPARE(lists.unknown, QStringList{other});
+    QCOMPARE(gExeTotals.unknown, QStringLiteral("1"));
 }
 
 bool TestReview::onlyOnSQLite()

@@ -243,3 +243,47 @@ std::optional<QString> WebLicenceOf(const QString &appName)
     CloseDatabase();
     return address;
 }
+
+ExeLists ListExecutablesByLicence(const QStringList &mediaFiles, const QString &clientCode)
+{
+    const auto names = [](Recordset &rs) {
+        QSet<QString> out;
+        if (rs.RecordCount() > 0) {
+            for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext())
+                out.insert(NullToEmpty(rs.Fields(QStringLiteral("EXE_NAME"))).toString().toUpper());
+        }
+        return out;
+    };
+    OpenDatabase();
+    Recordset held, outside;
+    // Both join the licence's application with the component's own number, not its application's.
+    held.Open(QStringLiteral("SELECT KEVRO_APP_COMPONENTS.EXE_NAME ") +
+                  QStringLiteral("FROM KEVRO_LICENSES LEFT JOIN KEVRO_APP_COMPONENTS ON KEVRO_LICENSES.LICENSE_APP = "
+                                 "KEVRO_APP_COMPONENTS.EXE_ID ") +
+                  QStringLiteral("GROUP BY KEVRO_APP_COMPONENTS.EXE_NAME, KEVRO_LICENSES.LICENSE_CLIENT ") +
+                  QStringLiteral("HAVING KEVRO_LICENSES.LICENSE_CLIENT='") + clientCode + QStringLiteral("'"),
+              gConnection.get());
+    outside.Open(QStringLiteral("SELECT KEVRO_APP_COMPONENTS.EXE_NAME ") + QStringLiteral("FROM KEVRO_APP_COMPONENTS ") +
+                     QStringLiteral("WHERE KEVRO_APP_COMPONENTS.EXE_ID Not In ") +
+                     QStringLiteral("(SELECT LICENSE_APP FROM KEVRO_APP_COMPONENTS, ") +
+                     QStringLiteral("KEVRO_LICENSES WHERE EXE_ID = LICENSE_APP AND LICENSE_CLIENT = '") + clientCode +
+                     QStringLiteral("');"),
+                 gConnection.get());
+    const QSet<QString> licensed = names(held), unlicensed = names(outside);
+    CloseDatabase();
+    ExeLists lists;
+    for (const QString &path : mediaFiles) {
+        if (path.right(4) != QLatin1String(".EXE"))
+            continue;
+        const QString name = FileNameOnly(path).toUpper();
+        if (licensed.contains(name))
+            lists.licensed << path;
+        else if (unlicensed.contains(name))
+            lists.unlicensed << path;
+        else
+            lists.unknown << path;
+    }
+    gExeTotals = {QString::number(lists.licensed.size()), QString::number(lists.unlicensed.size()),
+                  QString::number(lists.unknown.size())};
+    return lists;
+}

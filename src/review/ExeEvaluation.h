@@ -63,3 +63,13 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
 // The web address of an application's licence terms: nullopt when no application has that name, an
 // empty text when it has none.
 std::optional<QString> WebLicenceOf(const QString &appName);
+
+// The simpler judgement by licence rows alone (nothing in the program calls it): each ".EXE" path in
+// the licensed list when the client's licences name a component of that name, in the un-licensed list
+// when a component of that name lies outside them, else in the unknown list.
+struct ExeLists {
+    QStringList licensed;
+    QStringList unlicensed;
+    QStringList unknown;
+};
+ExeLists ListExecutablesByLicence(const QStringList &mediaFiles, const QString &clientCode);

@@ -275,6 +275,20 @@ void frmScanResultsEXEs::EvaluateExecutables()
     }
 }
 
+void frmScanResultsEXEs::ShowEXEs()
+{
+    const ExeLists lists = ListExecutablesByLicence(gMediaFiles, gClientCode);
+    lstLicensedEXEs->clear();
+    lstUnlicensedEXEs->clear();
+    lstUnknownEXEs->clear();
+    lstLicensedEXEs->addItems(lists.licensed);
+    lstUnlicensedEXEs->addItems(lists.unlicensed);
+    lstUnknownEXEs->addItems(lists.unknown);
+    lblUnlicensedPrograms->setText(QStringLiteral("Unlicensed Programs - ") + QString::number(lists.unlicensed.size()));
+    lblLicensedPrograms->setText(QStringLiteral("Licensed Programs - ") + QString::number(lists.licensed.size()));
+    lblUnknownPrograms->setText(QStringLiteral("Unknown Programs - ") + QString::number(lists.unknown.size()));
+}
+
 void frmScanResultsEXEs::FillApplicationTrees()
 {
     const auto fill = [](QTreeWidget *tree, const QList<ApplicationRoot> &roots) {

@@ -73,6 +73,8 @@ public:
     const VersionInformation &FileInformation() const { return m_info; }
 
     void EvaluateExecutables();
+    // Fills the three list boxes by the simpler judgement; nothing calls it.
+    void ShowEXEs();
     void DisplaySelectedLicenseWebsite(const QString &appName);
 
 protected:
