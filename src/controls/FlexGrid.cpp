@@ -1,6 +1,7 @@
 #include "controls/FlexGrid.h"
 
 #include "controls/FlexGridModel.h"
+#include "shell/GridOrder.h"
 
 #include "platform/Events.h"
 #include "platform/VbError.h"
@@ -18,36 +19,6 @@
 #include <cmath>
 
 namespace {
-// The leading number of a text, as Val reads it: blanks skipped, digits, one point, an exponent.
-double leadingNumber(const QString &text)
-{
-    int i = 0;
-    const int n = text.size();
-    while (i < n && text[i].isSpace())
-        ++i;
-    const int start = i;
-    if (i < n && (text[i] == QLatin1Char('-') || text[i] == QLatin1Char('+')))
-        ++i;
-    bool point = false;
-    while (i < n && (text[i].isDigit() || (!point && text[i] == QLatin1Char('.')))) {
-        point = point || text[i] == QLatin1Char('.');
-        ++i;
-    }
-    if (i < n && (text[i] == QLatin1Char('E') || text[i] == QLatin1Char('e'))) {
-        int j = i + 1;
-        if (j < n && (text[j] == QLatin1Char('-') || text[j] == QLatin1Char('+')))
-            ++j;
-        if (j < n && text[j].isDigit()) {
-            while (j < n && text[j].isDigit())
-                ++j;
-            i = j;
-        }
-    }
-    bool ok = false;
-    const double v = text.mid(start, i - start).toDouble(&ok);
-    return ok ? v : 0.0;
-}
-
 class PictureDelegate final : public QStyledItemDelegate
 {
 public:
@@ -431,46 +402,15 @@ void FlexGrid::setSort(int order)
     if (first >= rows.size())
         return;
     const int c0 = std::min(m_col, m_colSel), c1 = std::max(m_col, m_colSel);
-    const bool numeric = order >= flexSortNumericAscending;
-    const bool descending = order == flexSortGenericDescending || order == flexSortNumericDescending;
-    // Each key is read once, not once per comparison: a sort of 100,000 rows stays quick.
-    struct Key {
-        bool isNumber;
-        double number;
-        QString text;
-    };
-    const int n = rows.size() - first;
-    const int width = c1 - c0 + 1;
-    std::vector<Key> keys(size_t(n) * width);
-    for (int i = 0; i < n; ++i) {
-        for (int c = c0; c <= c1; ++c) {
-            Key &k = keys[size_t(i) * width + (c - c0)];
-            k.text = rows[first + i].at(c);
-            k.isNumber = numeric || IsWholeNumber(k.text, &k.number);
-            if (numeric)
-                k.number = leadingNumber(k.text);
-        }
+    QList<QStringList> keys;
+    keys.reserve(rows.size() - first);
+    for (int i = first; i < rows.size(); ++i) {
+        QStringList k;
+        for (int c = c0; c <= c1; ++c)
+            k << rows[i].at(c);
+        keys.append(k);
     }
-    std::vector<int> order_(n);
-    for (int i = 0; i < n; ++i)
-        order_[i] = i;
-    std::stable_sort(order_.begin(), order_.end(), [&](int a, int b) {
-        for (int c = 0; c < width; ++c) {
-            const Key &x = keys[size_t(a) * width + c], &y = keys[size_t(b) * width + c];
-            // Numbers by value, texts by text, and every number before every text: a total order,
-            // where mixing the two comparisons made "9" < "10" < "1A" < "9".
-            int cmp;
-            if (x.isNumber != y.isNumber)
-                cmp = x.isNumber ? -1 : 1;
-            else if (x.isNumber)
-                cmp = x.number < y.number ? -1 : (x.number > y.number ? 1 : 0);
-            else
-                cmp = x.text.compare(y.text, Qt::CaseInsensitive);
-            if (cmp != 0)
-                return descending ? cmp > 0 : cmp < 0;
-        }
-        return false;
-    });
+    const std::vector<int> order_ = GridSortOrder(keys, order);
     QList<GridRow> sorted;
     sorted.reserve(rows.size());
     for (int i = 0; i < first; ++i)

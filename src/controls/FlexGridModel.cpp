@@ -27,24 +27,6 @@ Qt::Alignment FlexAlignmentToQt(int a)
     }
 }
 
-bool IsWholeNumber(const QString &text, double *value)
-{
-    // Most cells are names: a text that cannot start a number is passed over without converting it.
-    if (text.isEmpty())
-        return false;
-    const QChar first = text.front();
-    if (!first.isDigit() && !first.isSpace() && first != QLatin1Char('-') && first != QLatin1Char('+') &&
-        first != QLatin1Char('.'))
-        return false;
-    bool ok = false;
-    const double v = text.trimmed().toDouble(&ok);
-    // " nan" reads as a number but orders against none: the sorts take it as a text.
-    ok = ok && !std::isnan(v);
-    if (ok && value)
-        *value = v;
-    return ok && !text.trimmed().isEmpty();
-}
-
 QVariant FlexGridModel::data(const QModelIndex &index, int role) const
 {
     const int r = index.row() + visibleFixed();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/FlexGrid.h"
+#include "shell/GridOrder.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
@@ -30,8 +31,6 @@ struct GridRow {
 
 // The grid's alignment numbers as Qt's.
 Qt::Alignment FlexAlignmentToQt(int alignment);
-// A text that reads as a number as a whole (blanks around it allowed).
-bool IsWholeNumber(const QString &text, double *value);
 
 // The cells of a FlexGrid. Row 0 is the heading when FixedRows is 1; the view sees the rows below it.
 class FlexGridModel final : public QAbstractTableModel
