@@ -27,6 +27,7 @@ VbError MakeVbError(long number)
         {VbErr::FileNotFound, QStringLiteral("File not found")},
         {VbErr::FileAlreadyExists, QStringLiteral("File already exists")},
         {VbErr::DeviceIOError, QStringLiteral("Device I/O error")},
+        {VbErr::DiskFull, QStringLiteral("Disk full")},
         {VbErr::DeviceUnavailable, QStringLiteral("Device unavailable")},
         {VbErr::PermissionDenied, QStringLiteral("Permission denied")},
         {VbErr::PathFileAccess, QStringLiteral("Path/File access error")},

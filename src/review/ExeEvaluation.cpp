@@ -9,8 +9,6 @@
 #include <QHash>
 #include <QSet>
 
-ExeTotals gExeTotals;
-
 namespace {
 
 const QString CatalogueSql = QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APP_COMPONENTS.EXE_NAME, ") +
@@ -167,8 +165,6 @@ void FillApplicationTrees(ExeEvaluation &result)
     }
     result.unlicensedCaption = QStringLiteral("Unlicensed Applications - ") + QString::number(result.unlicensed.size());
     result.licensedCaption = QStringLiteral("Licensed Applications - ") + QString::number(result.licensed.size());
-    gExeTotals.unlicensed = QString::number(result.unlicensed.size());
-    gExeTotals.licensed = QString::number(result.licensed.size());
 }
 
 UnknownExe Unknown(const QString &path)
@@ -222,7 +218,6 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
     CloseDatabase();
 
     result.unknownCaption = QStringLiteral("Unknown Programs - ") + QString::number(result.unknown.size());
-    gExeTotals.unknown = QString::number(result.unknown.size());
     return result;
 }
 
@@ -283,7 +278,5 @@ ExeLists ListExecutablesByLicence(const QStringList &mediaFiles, const QString &
         else
             lists.unknown << path;
     }
-    gExeTotals = {QString::number(lists.licensed.size()), QString::number(lists.unlicensed.size()),
-                  QString::number(lists.unknown.size())};
     return lists;
 }

@@ -31,6 +31,12 @@ struct UnknownExe {
     bool hidden = false;
 };
 
+// The application viewer's captions over its trees and grid as the screen is built, before an
+// evaluation writes its own.
+inline const QString StoredLicensedCaption = QStringLiteral("Licensed Programs / No License Required");
+inline const QString StoredUnlicensedCaption = QStringLiteral("Un-licensed Programs");
+inline const QString StoredUnknownCaption = QStringLiteral("Unknown Programs");
+
 struct ExeEvaluation {
     // With an empty catalogue every executable is unknown and the trees keep their stored captions.
     bool catalogueEmpty = false;
@@ -45,18 +51,9 @@ struct ExeEvaluation {
     QString unknownCaption;
 };
 
-// The three totals the job's summary shows. A null text is one the evaluation did not write: the
-// summary keeps what it showed before (an empty catalogue writes the unknown total only).
-struct ExeTotals {
-    QString licensed;
-    QString unlicensed;
-    QString unknown;
-};
-extern ExeTotals gExeTotals;
-
 // Evaluates the ".EXE" paths of a scan's list (stored upper-case paths, archive members included) for
 // the client's licences, through the catalogue's scratch table, in one transaction on the connection
-// of OpenDatabase. Writes gExeTotals. A failing statement raises its VbError after the transaction was
+// of OpenDatabase. A failing statement raises its VbError after the transaction was
 // rolled back.
 ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &clientCode);
 

@@ -1,6 +1,7 @@
 #include "review/ReviewScreens.h"
 
 #include "controls/Forms.h"
+#include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanDisc.h"
 
@@ -10,5 +11,7 @@ Form *ReviewScreenNamed(const QString &name)
         return Forms::get<frmScanDisc>();
     if (name == QLatin1String("frmScanResultsEXEs"))
         return Forms::get<frmScanResultsEXEs>();
+    if (name == QLatin1String("frmScanSummary"))
+        return Forms::get<frmScanSummary>();
     return nullptr;
 }

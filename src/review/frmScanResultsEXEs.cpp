@@ -3,10 +3,12 @@
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
 #include "controls/Pictures.h"
+#include "controls/ScreenParts.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
+#include "reporting/frmScanSummary.h"
 #include "review/ReviewScreens.h"
 #include "scan/frmScanDisc.h"
 #include "shell/MainMod.h"
@@ -40,14 +42,6 @@ constexpr int GridSizeColumn = 3;
 // The web search's page when kevro.ini names none.
 const QString DefaultSearchHost = QStringLiteral("https://www.google.com");
 
-QFrame *line(QWidget *parent, const char *name, const char *colour, long top)
-{
-    auto *l = Named(new QFrame(parent), name);
-    l->setFrameShape(QFrame::HLine);
-    l->setStyleSheet(QStringLiteral("color: %1;").arg(QLatin1String(colour)));
-    PlaceTw(l, 240, top, 10920, 30);
-    return l;
-}
 
 QTreeWidget *tree(QWidget *parent, const char *name)
 {
@@ -78,11 +72,6 @@ QAction *separator(QMenu *menu, const char *name)
     return Named(menu->addSeparator(), name);
 }
 
-// The hourglass over the whole program for as long as it lives.
-struct Hourglass {
-    Hourglass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~Hourglass() { QApplication::restoreOverrideCursor(); }
-};
 
 } // namespace
 
@@ -95,22 +84,19 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     menus = BuildStandardMenus(this);
     setFixedSize(TwipsToPixels(11400), TwipsToPixels(7680) + menuBar()->sizeHint().height());
 
-    picBanner = Named(new QLabel(central), "picBanner");
-    picBanner->setPixmap(LoadPicture(QStringLiteral("banner")));
-    picBanner->setScaledContents(true);
-    PlaceTw(picBanner, 0, 0, 11400, 900);
+    picBanner = BannerPicture(central, 11400);
 
     lblLicensedPrograms =
-        Named(new QLabel(QStringLiteral("Licensed Programs / No License Required"), central), "lblLicensedPrograms");
+        Named(new QLabel(StoredLicensedCaption, central), "lblLicensedPrograms");
     PlaceTw(lblLicensedPrograms, 240, 1020, 4620, 270);
     treLicensedEXEs = tree(central, "treLicensedEXEs");
     PlaceTw(treLicensedEXEs, 240, 1290, 4620, 2400);
-    lblUnlicensedPrograms = Named(new QLabel(QStringLiteral("Un-licensed Programs"), central), "lblUnlicensedPrograms");
+    lblUnlicensedPrograms = Named(new QLabel(StoredUnlicensedCaption, central), "lblUnlicensedPrograms");
     PlaceTw(lblUnlicensedPrograms, 240, 3810, 4620, 270);
     treUnlicensedEXEs = tree(central, "treUnlicensedEXEs");
     PlaceTw(treUnlicensedEXEs, 240, 4080, 4620, 2280);
 
-    lblUnknownPrograms = Named(new QLabel(QStringLiteral("Unknown Programs"), central), "lblUnknownPrograms");
+    lblUnknownPrograms = Named(new QLabel(StoredUnknownCaption, central), "lblUnknownPrograms");
     PlaceTw(lblUnknownPrograms, 5040, 1020, 6120, 270);
     gridUnknownEXEs = Named(new FlexGrid(central), "gridUnknownEXEs");
     gridUnknownEXEs->setSelectionModeValue(FlexGrid::flexSelectionByRow);
@@ -136,8 +122,8 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     for (QListWidget *l : {lstLicensedEXEs, lstUnlicensedEXEs, lstUnknownEXEs})
         l->hide();
 
-    Line1 = line(central, "Line1", "#c9d3de", 6600);
-    linDark = line(central, "linDark", "#7f8c99", 6630);
+    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6600, 10920);
+    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6630, 10920);
     cmdRunEXE = Named(new QPushButton(QStringLiteral("La&unch EXE"), central), "cmdRunEXE");
     PlaceTw(cmdRunEXE, 240, 6900, 1380, 450);
     cmdPrevious = Named(new QPushButton(QStringLiteral("< &Back"), central), "cmdPrevious");
@@ -248,8 +234,12 @@ void frmScanResultsEXEs::EvaluateExecutables()
     m_evaluation = ::EvaluateExecutables(gMediaFiles, gClientCode);
     for (const UnknownExe &u : m_evaluation.unknown)
         grid->AddItem(QStringLiteral("\t") + u.path + QLatin1Char('\t') + u.fileName + QLatin1Char('\t') + u.sizeText);
-    if (!m_evaluation.catalogueEmpty)
+    if (!m_evaluation.catalogueEmpty) {
         FillApplicationTrees();
+        auto *summary = Forms::get<frmScanSummary>();
+        summary->lblUnlicensedTotal->setText(QString::number(m_evaluation.unlicensed.size()));
+        summary->lblLicensedTotal->setText(QString::number(m_evaluation.licensed.size()));
+    }
 
     // A grid that holds only its title row loses that row too.
     if (grid->Rows() >= 2)
@@ -257,6 +247,8 @@ void frmScanResultsEXEs::EvaluateExecutables()
     else
         grid->setRows(0);
     lblUnknownPrograms->setText(m_evaluation.unknownCaption);
+    Forms::get<frmScanSummary>()->lblUnknownTotal->setText(grid->Rows() >= 1 ? QString::number(grid->Rows() - 1)
+                                                                             : QStringLiteral("0"));
     if (grid->Rows() >= 1) {
         // Rows follow the evaluation's unknown list; an archive member that is hidden too shows the
         // archive's mark.
@@ -287,6 +279,10 @@ void frmScanResultsEXEs::ShowEXEs()
     lblUnlicensedPrograms->setText(QStringLiteral("Unlicensed Programs - ") + QString::number(lists.unlicensed.size()));
     lblLicensedPrograms->setText(QStringLiteral("Licensed Programs - ") + QString::number(lists.licensed.size()));
     lblUnknownPrograms->setText(QStringLiteral("Unknown Programs - ") + QString::number(lists.unknown.size()));
+    auto *summary = Forms::get<frmScanSummary>();
+    summary->lblLicensedTotal->setText(QString::number(lists.licensed.size()));
+    summary->lblUnlicensedTotal->setText(QString::number(lists.unlicensed.size()));
+    summary->lblUnknownTotal->setText(QString::number(lists.unknown.size()));
 }
 
 void frmScanResultsEXEs::FillApplicationTrees()

@@ -3,9 +3,11 @@
 #include "controls/DriveList.h"
 #include "controls/Forms.h"
 #include "controls/Pictures.h"
+#include "controls/ScreenParts.h"
 #include "platform/MsgBox.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
+#include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
@@ -22,17 +24,6 @@
 #include <QMenuBar>
 #include <QPushButton>
 
-namespace {
-QFrame *line(QWidget *parent, const char *name, const char *colour, long top)
-{
-    auto *l = Named(new QFrame(parent), name);
-    l->setFrameShape(QFrame::HLine);
-    l->setStyleSheet(QStringLiteral("color: %1;").arg(QLatin1String(colour)));
-    PlaceTw(l, 240, top, 7320, 30);
-    return l;
-}
-} // namespace
-
 frmScanDisc::frmScanDisc()
 {
     setObjectName(QStringLiteral("frmScanDisc"));
@@ -42,10 +33,7 @@ frmScanDisc::frmScanDisc()
     menus = BuildStandardMenus(this);
     setFixedSize(TwipsToPixels(7800), TwipsToPixels(5160) + menuBar()->sizeHint().height());
 
-    picBanner = Named(new QLabel(central), "picBanner");
-    picBanner->setPixmap(LoadPicture(QStringLiteral("banner")));
-    picBanner->setScaledContents(true);
-    PlaceTw(picBanner, 0, 0, 7800, 900);
+    picBanner = BannerPicture(central, 7800);
 
     lblDriveToScan = Named(new QLabel(QStringLiteral("Drive To Scan:"), central), "lblDriveToScan");
     PlaceTw(lblDriveToScan, 360, 1200, 1500, 300);
@@ -75,8 +63,8 @@ frmScanDisc::frmScanDisc()
     chkShowProgressBar->setChecked(true);
     PlaceTw(chkShowProgressBar, 360, 3600, 3000, 330);
 
-    Line1 = line(central, "Line1", "#c9d3de", 4140);
-    linDark = line(central, "linDark", "#7f8c99", 4170);
+    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 4140, 7320);
+    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 4170, 7320);
 
     cmdPrevious = Named(new QPushButton(QStringLiteral("< &Back"), central), "cmdPrevious");
     PlaceTw(cmdPrevious, 4740, 4440, 1260, 450);
@@ -131,9 +119,10 @@ void frmScanDisc::cmdChooseFolder_Click()
 void frmScanDisc::PrepareToScan()
 {
     try {
-        // No result of an earlier scan survives into this one. The other review screens and the
-        // summary's reset join here as they become part of the program.
+        // No result of an earlier scan survives into this one. The viewers of the other kinds join
+        // here as they become part of the program.
         Forms::unload<frmScanResultsEXEs>();
+        Forms::get<frmScanSummary>()->ResetCheckedValues();
     } catch (const VbError &) {
         // The drive text of this message is never set: the letter is missing.
         MsgBox(QStringLiteral("Default device :\\ is not ready or available."), vbCritical);

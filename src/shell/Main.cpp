@@ -1,6 +1,7 @@
 #include "shell/Main.h"
 
 #include "platform/Events.h"
+#include "platform/MsgBox.h"
 #include "platform/SingleInstance.h"
 #include "controls/Forms.h"
 #include "shell/MainMod.h"
@@ -27,8 +28,14 @@ void activateVisibleScreen()
 int Main()
 {
     static SingleInstance instance(InstanceKey());
-    if (instance.AnotherIsRunning())
+    if (instance.AnotherIsRunning()) {
+        // A copy with screens comes to the front by itself; a batch job has none to show.
+        if (instance.HeldWithoutScreens())
+            MsgBox(QStringLiteral("A KEVRO batch job is working in this application folder.  Start KEVRO again "
+                                  "when it has finished."),
+                   vbExclamation);
         return 0;
+    }
     instance.SetActivator(activateVisibleScreen);
 
     FillExtensionList();

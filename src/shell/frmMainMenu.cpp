@@ -1,5 +1,7 @@
 #include "shell/frmMainMenu.h"
 
+#include "reporting/frmReportViewer.h"
+
 #include "catalogue/Database.h"
 #include "platform/Events.h"
 #include "platform/MsgBox.h"
@@ -149,6 +151,8 @@ frmMainMenu::frmMainMenu()
     // Where each action leads. The moves to the screens that are not part of the program yet come with them.
     On(cmdScanDisc, &QToolButton::clicked, this, [this] { ScanDisc(); });
     On(menus.mnuScanEngineScanDisc, &QAction::triggered, this, [this] { ScanDisc(); });
+    On(cmdReports, &QToolButton::clicked, this, [this] { OpenReportsForm(); });
+    On(menus.mnuScanEngineReports, &QAction::triggered, this, [this] { OpenReportsForm(); });
     On(cmdLicenseControl, &QToolButton::clicked, this, [this] { LicenseControl(); });
     On(menus.mnuDatabaseLicenseControl, &QAction::triggered, this, [this] { LicenseControl(); });
     On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
@@ -283,6 +287,17 @@ void frmMainMenu::ScanDisc()
     scanDisc->show();
     scanDisc->PrepareToScan();
     Unload();
+}
+
+void frmMainMenu::OpenReportsForm()
+{
+    // The position is read from the main menu itself, whoever calls.
+    auto *viewer = Forms::get<frmReportViewer>();
+    auto *menu = Forms::get<frmMainMenu>();
+    viewer->Move(menu->Left(), menu->Top());
+    menu->SlideMenuOut(4);
+    viewer->show();
+    menu->Unload();
 }
 
 void frmMainMenu::LicenseControl()

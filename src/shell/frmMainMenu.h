@@ -46,6 +46,8 @@ public:
     StandardMenus menus;
 
     CAutoComplete *AutoComplete() const { return m_autoComplete; }
+    // Goes to the report viewer, placed where the main menu stands.
+    void OpenReportsForm();
     // The transition: the buttons slide out to the left, then the logo to the right.
     void SlideMenuOut(int steps);
 

@@ -4,6 +4,8 @@
 #include "platform/Paths.h"
 #include "platform/VbError.h"
 #include "controls/DriveList.h"
+#include "controls/Forms.h"
+#include "reporting/frmScanSummary.h"
 #include "shell/MainMod.h"
 
 #include <QCheckBox>
@@ -102,11 +104,17 @@ void frmOptions::cmdOK_Click()
 {
     try {
         WriteIniKey(QStringLiteral("Devices"), QStringLiteral("DefaultDevice"), Drive1->Drive());
+        // The summary follows the new default at once.
         QString type = QStringLiteral("HTML");
-        if (optHTML->isChecked())
+        if (optHTML->isChecked()) {
             type = QStringLiteral("HTML");
-        else if (optText->isChecked())
+            Forms::get<frmScanSummary>()->optHTML->setChecked(true);
+        } else if (optText->isChecked()) {
             type = QStringLiteral("TEXT");
+            Forms::get<frmScanSummary>()->optText->setChecked(true);
+        } else {
+            Forms::get<frmScanSummary>()->optHTML->setChecked(true);
+        }
         WriteIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportType"), type);
         WriteIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportContent"),
                     optAllFiles->isChecked() ? QStringLiteral("ALL") : QStringLiteral("CHK"));

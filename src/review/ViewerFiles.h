@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+// Which files each review screen lists, and how many its fill finds: the same count on the screen and
+// in the batch job's summary.
+enum class ViewerKind { Video, Audio, Image, Text, External };
+
+// The tail tests of the four media screens, on a stored (upper-case) path. They are the screens' own
+// and differ from the report's kind tests: the image screen lists ".JPEG" files, for one.
+bool VideoScreenListsFile(const QString &path);
+bool AudioScreenListsFile(const QString &path);
+bool ImageScreenListsFile(const QString &path);
+bool TextScreenListsFile(const QString &path);
+
+// The external screen lists an entry of gExternalFiles when the file exists and its size can be read,
+// and its upper-case tail, as long as the limit, equals the limit in upper case (an empty limit lists
+// every such file).
+bool ExternalScreenListsFile(const QString &path, const QString &limit);
+
+// The number of files a screen's fill lists from the scan's lists (the external one with no limit).
+int CountViewerFiles(ViewerKind kind);

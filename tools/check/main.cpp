@@ -1,0 +1,390 @@
+// kevro-check: one whole job without screens, for automation and for checking masters in bulk.
+//
+//   kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] <folder>
+//
+// It walks the volume or folder as the scan does with every kind of file asked for, expands the
+// archives, judges the executables for the client, counts the files each review screen would list, and
+// writes the report into the reports folder under the catalogue number, replacing a report of that name.
+// The report's path goes to standard output; warnings go to standard error, one line each.
+
+#include "catalogue/Connection.h"
+#include "catalogue/Database.h"
+#include "platform/FileSystem.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/SingleInstance.h"
+#include "platform/VbError.h"
+#include "reporting/JobResults.h"
+#include "reporting/ScanReport.h"
+#include "review/ExeEvaluation.h"
+#include "review/ViewerFiles.h"
+#include "scan/ArchiveExpander.h"
+#include "scan/MediaWalker.h"
+#include "shell/MainMod.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+
+#include <dirent.h>
+#include <unistd.h>
+
+namespace {
+
+// The exit codes, one per kind of failure.
+enum ExitCode : int {
+    Done = 0,
+    JobFailed = 1,
+    BadArguments = 2,
+    UnknownClient = 3,
+    DatabaseUnreachable = 4,
+    VolumeUnreadable = 5,
+    ReportNotWritable = 6,
+    AnotherProgramWorking = 7,
+    Cancelled = 130,
+};
+
+const char *const Usage =
+    "usage: kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] "
+    "<volume root or folder>\n";
+
+const char *const Help =
+    "Runs one whole KEVRO job without screens: the scan of a volume or folder (every kind of file, archives\n"
+    "expanded), the judgement of its executables for the client, and the report, written into the reports\n"
+    "folder of the application folder under the catalogue number. An existing report of that name is replaced.\n"
+    "\n"
+    "  --client <CLIENT_ID>     the client, by its code in the catalogue (the client's name comes from there)\n"
+    "  --catalogue <number>     the title's catalogue number: it names the report and heads it\n"
+    "  --report html|text       the report's format (default: DefaultReportType of kevro.ini, else html)\n"
+    "  --content all|checked    list every file, or only the checked ones, which a job without screens has\n"
+    "                           none of (default: DefaultReportContent of kevro.ini); kevro.ini is not changed\n"
+    "  -h, --help               this text\n"
+    "\n"
+    "The application folder is the program's folder, or $KEVRO_HOME when set. The report's path is printed\n"
+    "on standard output. Warnings (a damaged archive, a folder that cannot be read) go to standard error, one\n"
+    "line each, and the job goes on. On a terminal the progress is shown on standard error; Ctrl+C cancels.\n"
+    "\n"
+    "Exit codes:\n"
+    "  0    the report was written\n"
+    "  1    the job failed on its way (a catalogue statement, the extract folder)\n"
+    "  2    bad arguments\n"
+    "  3    no client with that code in the catalogue\n"
+    "  4    the catalogue database cannot be reached\n"
+    "  5    the volume or folder is missing or cannot be read\n"
+    "  6    the report cannot be written\n"
+    "  7    another KEVRO program (the desktop program or another kevro-check) is working in the same\n"
+    "       application folder: they share its extract folder\n"
+    "  130  cancelled\n"
+    "\n"
+    "Checking a folder of masters, one report each:\n"
+    "  for m in /srv/masters/*/; do kevro-check --client 4 --catalogue \"$(basename \"$m\")\" \"$m\"; done\n";
+
+std::atomic<bool> g_interrupted{false};
+
+void onInterrupt(int)
+{
+    g_interrupted = true;
+}
+
+int fail(int code, const QString &message)
+{
+    std::fprintf(stderr, "kevro-check: %s\n", qPrintable(message));
+    return code;
+}
+
+// A message box of the shared routines becomes one line on standard error, answered with its first button.
+int warnOnStderr(const MsgBoxRequest &box)
+{
+    QString text = box.prompt;
+    text.replace(QLatin1String("\r\n"), QLatin1String(" "));
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(text.simplified()));
+    return FirstButtonOf(box.style);
+}
+
+struct Arguments {
+    QString client;
+    QString catalogue;
+    QString report;
+    QString content;
+    QString volume;
+};
+
+// Returns an empty text when the arguments are good, else what is wrong with them.
+QString parse(const QStringList &args, Arguments &out, bool &help)
+{
+    help = false;
+    for (int i = 1; i < args.size(); ++i) {
+        const QString &a = args[i];
+        if (a == QLatin1String("-h") || a == QLatin1String("--help")) {
+            help = true;
+            return QString();
+        }
+        QString *target = nullptr;
+        QString name = a, value;
+        bool inlineValue = false;
+        if (a.startsWith(QLatin1String("--")) && a.contains(QLatin1Char('='))) {
+            name = a.section(QLatin1Char('='), 0, 0);
+            value = a.section(QLatin1Char('='), 1);
+            inlineValue = true;
+        }
+        if (name == QLatin1String("--client"))
+            target = &out.client;
+        else if (name == QLatin1String("--catalogue"))
+            target = &out.catalogue;
+        else if (name == QLatin1String("--report"))
+            target = &out.report;
+        else if (name == QLatin1String("--content"))
+            target = &out.content;
+        else if (a.startsWith(QLatin1Char('-')) && a != QLatin1String("-"))
+            return QStringLiteral("unknown option %1").arg(a);
+        if (!target) {
+            if (!out.volume.isNull())
+                return QStringLiteral("one volume or folder only");
+            out.volume = a;
+            continue;
+        }
+        if (!inlineValue) {
+            if (i + 1 >= args.size())
+                return QStringLiteral("%1 needs a value").arg(name);
+            value = args[++i];
+        }
+        *target = value;
+    }
+    if (out.client.isEmpty())
+        return QStringLiteral("--client is missing");
+    if (out.catalogue.isEmpty())
+        return QStringLiteral("--catalogue is missing");
+    if (out.volume.isEmpty())
+        return QStringLiteral("the volume or folder to check is missing");
+    out.report = out.report.toLower();
+    if (!out.report.isNull() && out.report != QLatin1String("html") && out.report != QLatin1String("text"))
+        return QStringLiteral("--report is html or text");
+    out.content = out.content.toLower();
+    if (!out.content.isNull() && out.content != QLatin1String("all") && out.content != QLatin1String("checked"))
+        return QStringLiteral("--content is all or checked");
+    return QString();
+}
+
+// The client's name by its code, read as the main menu reads the clients. Null when there is none.
+QString clientName(Connection &connection, const QString &code)
+{
+    Recordset rs;
+    rs.Open(QStringLiteral("SELECT CLIENT_ID, CLIENT_NAME ") + QStringLiteral(" FROM KEVRO_CLIENTS") +
+                QStringLiteral(" ORDER BY CLIENT_NAME ASC"),
+            &connection, 3, 3);
+    for (; !rs.Eof(); rs.MoveNext()) {
+        if (NullToEmpty(rs.Fields(QStringLiteral("CLIENT_ID"))).toString() == code)
+            return NullToEmpty(rs.Fields(QStringLiteral("CLIENT_NAME"))).toString();
+    }
+    return QString();
+}
+
+bool readableFolder(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.isDir())
+        return false;
+    DIR *d = ::opendir(QFile::encodeName(path).constData());
+    if (!d)
+        return false;
+    ::closedir(d);
+    return true;
+}
+
+// Progress on a terminal: one line, rewritten in place, at most ten times a second.
+class TerminalProgress final
+{
+public:
+    explicit TerminalProgress(bool on) : m_on(on) {}
+    ~TerminalProgress() { finish(); }
+    void stage(const QString &text)
+    {
+        m_stage = text;
+        show(true);
+    }
+    void files(int32_t n)
+    {
+        m_files = n;
+        show(false);
+    }
+    void percent(int p)
+    {
+        m_percent = p;
+        show(false);
+    }
+    void archive(const QString &path)
+    {
+        m_archive = path;
+        show(false);
+    }
+    void finish()
+    {
+        if (m_on && m_shown)
+            std::fputs("\r\033[K", stderr);
+        m_shown = false;
+    }
+
+private:
+    void show(bool now)
+    {
+        if (!m_on || (!now && m_clock.isValid() && m_clock.elapsed() < 100))
+            return;
+        m_clock.start();
+        QString line = QStringLiteral("%1 %2 files, %3%").arg(m_stage).arg(m_files).arg(m_percent);
+        if (!m_archive.isEmpty())
+            line += QStringLiteral(", expanding ") + FileNameOnly(m_archive);
+        std::fprintf(stderr, "\r\033[K%s", qPrintable(line.left(150)));
+        std::fflush(stderr);
+        m_shown = true;
+    }
+    bool m_on;
+    bool m_shown = false;
+    QElapsedTimer m_clock;
+    QString m_stage;
+    int32_t m_files = 0;
+    int m_percent = 0;
+    QString m_archive;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kevro-check"));
+    ArchiveExpander::PrepareLocale();
+
+    Arguments args;
+    bool help = false;
+    if (const QString wrong = parse(app.arguments(), args, help); !wrong.isEmpty()) {
+        std::fprintf(stderr, "kevro-check: %s\n%s", qPrintable(wrong), Usage);
+        return BadArguments;
+    }
+    if (help) {
+        std::printf("%s\n%s", Usage, Help);
+        return Done;
+    }
+
+    // The extract folder is shared with every KEVRO program of this application folder.
+    SingleInstance instance(InstanceKey());
+    if (!instance.TakeLockWithoutScreens())
+        return fail(AnotherProgramWorking, QStringLiteral("another KEVRO program is working in %1; try again when "
+                                                          "it has finished")
+                                               .arg(AppPath()));
+
+    const QString volume = QDir::cleanPath(QFileInfo(args.volume).absoluteFilePath());
+    if (!readableFolder(volume))
+        return fail(VolumeUnreadable, QStringLiteral("cannot read the volume or folder %1").arg(args.volume));
+
+    // Boxes of the shared routines become lines on standard error; the job goes on.
+    SetMsgBoxPresenter(warnOnStderr);
+
+    QString name;
+    {
+        Connection connection;
+        try {
+            connection.CursorLocation = 3;
+            connection.Open(KevroConnectionString, QString(), QString(), -1);
+        } catch (const VbError &e) {
+            return fail(DatabaseUnreachable,
+                        QStringLiteral("cannot reach the KEVRO catalogue database: %1").arg(e.description));
+        }
+        try {
+            name = clientName(connection, args.client);
+        } catch (const VbError &e) {
+            return fail(DatabaseUnreachable, QStringLiteral("cannot read the clients: %1").arg(e.description));
+        }
+        ResumeNext([&] { connection.Close(); });
+    }
+    if (name.isNull())
+        return fail(UnknownClient, QStringLiteral("no client with the code %1 in the catalogue").arg(args.client));
+
+    // The report's settings as the summary screen and the report writer read them.
+    ReportFormat format = ReportFormat::Html;
+    if (args.report.isNull()) {
+        if (ReadIniKey(QStringLiteral("Reports"), QStringLiteral("DefaultReportType ")).left(4).toUpper() ==
+            QLatin1String("TEXT"))
+            format = ReportFormat::Text;
+    } else if (args.report == QLatin1String("text")) {
+        format = ReportFormat::Text;
+    }
+    const bool contentAll = args.content.isNull() ? ReportContentAll() : args.content == QLatin1String("all");
+
+    // The job, as the main menu, the scan set-up and the scan begin it.
+    gClientCode = args.client;
+    gClientName = name;
+    gCatalogueNumber = args.catalogue;
+    FillExtensionList();
+    ResetList(gCheckedItems);
+    ResetList(gMediaFiles);
+    ResetList(gExternalFiles);
+    ResetExtractFolder();
+
+    TerminalProgress progress(::isatty(STDERR_FILENO) == 1);
+    MediaWalker walker;
+    std::signal(SIGINT, onInterrupt);
+    std::signal(SIGTERM, onInterrupt);
+    walker.setDisplay({
+        {},
+        [&](int32_t n) { progress.files(n); },
+        [&](const QString &stage) { progress.stage(stage); },
+        [&](int percent) { progress.percent(percent); },
+        [&](const QString &archive) { progress.archive(archive); },
+        {},
+        {},
+        [&] {
+            if (g_interrupted && !walker.ScanCancelled())
+                walker.Cancel();
+        },
+    });
+    walker.setShowProgress(true);
+    try {
+        walker.SetDrive(volume);
+        walker.ScanFiles();
+    } catch (const VbError &e) {
+        progress.finish();
+        ResetExtractFolder();
+        return fail(VolumeUnreadable, QStringLiteral("the scan of %1 failed: %2").arg(volume, e.description));
+    }
+    progress.finish();
+    if (walker.ScanCancelled()) {
+        ResetExtractFolder();
+        return fail(Cancelled, QStringLiteral("cancelled; no report was written"));
+    }
+
+    JobResults results;
+    try {
+        results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+    } catch (const VbError &e) {
+        ResetExtractFolder();
+        return fail(JobFailed, QStringLiteral("the judgement of the executables failed: error %1, %2")
+                                   .arg(e.number)
+                                   .arg(e.description));
+    }
+    // What each review screen's fill would count; nothing is checked without screens.
+    results.video.total = QString::number(CountViewerFiles(ViewerKind::Video));
+    results.audio.total = QString::number(CountViewerFiles(ViewerKind::Audio));
+    results.images.total = QString::number(CountViewerFiles(ViewerKind::Image));
+    results.text.total = QString::number(CountViewerFiles(ViewerKind::Text));
+    results.external.total = QString::number(CountViewerFiles(ViewerKind::External));
+
+    const QString path = ReportPath(gCatalogueNumber, format);
+    try {
+        if (!QFileInfo(ReportsFolder()).isDir())
+            CreateFolder(ReportsFolder());
+        WriteReportFile(path, format, results, contentAll);
+    } catch (const VbError &e) {
+        ResetExtractFolder();
+        return fail(ReportNotWritable, QStringLiteral("cannot write the report %1: %2").arg(path, e.description));
+    }
+    // Nothing of the disc stays behind once the report stands.
+    ResetExtractFolder();
+    std::printf("%s\n", qPrintable(path));
+    return Done;
+}
