@@ -93,6 +93,16 @@ long CatalogueFixture::addAppWithoutLicenceFlag(const QString &name, const QStri
     return id;
 }
 
+long CatalogueFixture::addClient(const QString &name)
+{
+    execute(QStringLiteral("Insert Into KEVRO_CLIENTS (CLIENT_NAME) Values (%1)").arg(Quoted(name)));
+    return column(QStringLiteral("Select CLIENT_ID From KEVRO_CLIENTS Where CLIENT_NAME = %1 Order By CLIENT_ID")
+                      .arg(Quoted(name)),
+                  QStringLiteral("CLIENT_ID"))
+        .constLast()
+        .toLong();
+}
+
 void CatalogueFixture::addLicence(const QString &client, long appId, const QString &validTo)
 {
     execute(QStringLiteral("Insert Into KEVRO_LICENSES (LICENSE_CLIENT, LICENSE_APP, LICENSE_DATE_ADDED, "

@@ -19,6 +19,8 @@ public:
                 const QString &webLicence = QString());
     // An application whose licence column is NULL.
     long addAppWithoutLicenceFlag(const QString &name, const QStringList &components);
+    // Adds a client; returns its CLIENT_ID.
+    long addClient(const QString &name);
     void addLicence(const QString &client, long appId, const QString &validTo = QStringLiteral("2001-12-31"));
     void execute(const QString &sql);
     // The values of one column of a query, in the order the engine gives them.

@@ -1,0 +1,786 @@
+// The end of a job: the report in both formats line by line, its file name, the overwrite question and
+// the failures; the summary screen; the report viewer; kevro-check; and one whole job through the screens
+// compared with the report kevro-check writes for the same disc and client.
+
+#include "ArchiveFixtures.h"
+#include "CatalogueFixture.h"
+#include "DiscFixture.h"
+#include "Operator.h"
+#include "TestSupport.h"
+
+#include "controls/FlexGrid.h"
+#include "controls/DriveList.h"
+#include "controls/Forms.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/ShellOpen.h"
+#include "platform/SingleInstance.h"
+#include "platform/VbError.h"
+#include "reporting/JobResults.h"
+#include "reporting/ScanReport.h"
+#include "reporting/frmReportViewer.h"
+#include "reporting/frmScanSummary.h"
+#include "review/ExeEvaluation.h"
+#include "review/ViewerFiles.h"
+#include "review/frmScanResultsEXEs.h"
+#include "scan/frmScanDisc.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/frmMainMenu.h"
+#include "shell/frmOptions.h"
+
+#include <QGroupBox>
+#include <QToolButton>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace {
+
+const QString ClientName = QStringLiteral("Northwind Records");
+
+// The report as lines, this run's folders and clock put back into the placeholders of the expected
+// files: {DISC} and {APP} for the upper-case disc and application folders, {NOW} for the date and time.
+// Every line must end in CR LF.
+QStringList reportLines(const QString &path, const QString &disc)
+{
+    QByteArray bytes = ReadTestFile(path);
+    if (bytes.count("\n") != bytes.count("\r\n"))
+        return {QStringLiteral("a line does not end in CR LF")};
+    if (!bytes.endsWith("\r\n"))
+        return {QStringLiteral("the last line does not end in CR LF")};
+    QString text = QString::fromUtf8(bytes);
+    text.chop(2);
+    if (!disc.isEmpty())
+        text.replace(disc.toUpper(), QStringLiteral("{DISC}"));
+    text.replace(AppPath().toUpper(), QStringLiteral("{APP}"));
+    QStringList lines = text.split(QStringLiteral("\r\n"));
+    const QString year = QString::number(QDate::currentDate().year());
+    // The date and time: the sixth line of a plain report, the thirteenth of an HTML one.
+    if (path.endsWith(QLatin1String(".txt")) && lines.size() > 5 && lines[5].contains(year)) {
+        lines[5] = QStringLiteral("{NOW}");
+    } else if (lines.size() > 12) {
+        static const QRegularExpression stamp(QStringLiteral("^<FONT size=1>(.+)</FONT><BR><BR>$"));
+        const auto m = stamp.match(lines[12]);
+        if (m.hasMatch() && m.captured(1).contains(year))
+            lines[12] = QStringLiteral("<FONT size=1>{NOW}</FONT><BR><BR>");
+    }
+    return lines;
+}
+
+QStringList expectedLines(const QString &name)
+{
+    QString text = QString::fromUtf8(ReadTestFile(QStringLiteral(KEVRO_SOURCE_DIR "/tests/reports/") + name));
+    if (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    return text.split(QLatin1Char('\n'));
+}
+
+// Compares line by line, so that a difference names its line.
+bool sameLines(const QStringList &actual, const QStringList &expected)
+{
+    for (int i = 0; i < std::min(actual.size(), expected.size()); ++i) {
+        if (actual[i] != expected[i]) {
+            qWarning("line %d: got\n  %s\nexpected\n  %s", i + 1, qPrintable(actual[i]), qPrintable(expected[i]));
+            return false;
+        }
+    }
+    if (actual.size() != expected.size()) {
+        qWarning("%d lines, expected %d", int(actual.size()), int(expected.size()));
+        return false;
+    }
+    return true;
+}
+
+struct CheckRun {
+    int code = -1;
+    QString out;
+    QString err;
+};
+
+CheckRun kevroCheck(const QStringList &args)
+{
+    QProcess p;
+    p.start(QStringLiteral(KEVRO_CHECK), args);
+    CheckRun r;
+    if (!p.waitForFinished(120000))
+        return r;
+    r.code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.out = QString::fromUtf8(p.readAllStandardOutput());
+    r.err = QString::fromUtf8(p.readAllStandardError());
+    return r;
+}
+
+template <class T> T *shown()
+{
+    auto *f = Forms::get<T>();
+    return f->isVisible() ? f : nullptr;
+}
+
+} // namespace
+
+class TestReporting final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void reportFormats_data();
+    void reportFormats();
+    void writerRules();
+    void fileNamesAndTheOverwriteQuestion();
+    void failuresLoseNothing();
+    void summaryScreen();
+    void summaryFinishAndBack();
+    void reportViewer();
+    void wholeJobThroughTheScreens_data();
+    void wholeJobThroughTheScreens();
+    void kevroCheckExitCodes();
+    void kevroCheckRefusesWhileAnotherWorks();
+
+private:
+    void useCatalogue(const QString &engine);
+    // The job of the format tests: known, un-licensed and unknown programs, archive members, files of
+    // every kind, ticks of several kinds.
+    void fillCatalogue();
+    JobResults fullJob();
+    frmScanSummary *summaryShown();
+
+    TempAppFolder m_app;
+    CatalogueFixture m_catalogue;
+    QStringList m_opened;
+    long m_client = 0;
+};
+
+void TestReporting::initTestCase()
+{
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+    SetShellExecuteLauncher([this](const ShellExecuteRequest &r) {
+        m_opened << r.file;
+        return 42L;
+    });
+    useCatalogue(QStringLiteral("sqlite"));
+}
+
+void TestReporting::useCatalogue(const QString &engine)
+{
+    QCOMPARE(m_catalogue.create(engine, m_app.path()), QString());
+    m_client = m_catalogue.addClient(ClientName);
+    m_catalogue.addClient(QStringLiteral("Contoso Discs"));
+}
+
+void TestReporting::init()
+{
+    for (const QString &f : QDir(ReportsFolder()).entryList(QDir::Files))
+        if (!f.endsWith(QLatin1String(".jpg")))
+            QFile::remove(ReportsFolder() + QLatin1Char('/') + f);
+    // The scan set-up and the Options screen read a volume that exists.
+    QFile::remove(IniFileName());
+    WriteIniKey("Devices", "DefaultDevice", m_app.path());
+    m_opened.clear();
+    gClientCode = QString::number(m_client);
+    gClientName = ClientName;
+    gCatalogueNumber = QStringLiteral("KV-1001");
+    ResetList(gMediaFiles);
+    ResetList(gExternalFiles);
+    ResetList(gCheckedItems);
+}
+
+void TestReporting::cleanup()
+{
+    SetEndProcessHook(nullptr);
+    for (QWidget *w : QApplication::topLevelWidgets())
+        w->hide();
+    Forms::unload<frmScanResultsEXEs>();
+    Forms::unload<frmScanSummary>();
+    Forms::unload<frmReportViewer>();
+    Forms::unload<frmScanDisc>();
+    Forms::unload<frmMainMenu>();
+}
+
+void TestReporting::fillCatalogue()
+{
+    m_catalogue.execute(QStringLiteral("Delete From KEVRO_LICENSES"));
+    m_catalogue.execute(QStringLiteral("Delete From KEVRO_APP_COMPONENTS"));
+    m_catalogue.execute(QStringLiteral("Delete From KEVRO_APPS"));
+    m_catalogue.addApp(QStringLiteral("Acme Player"), {QStringLiteral("PLAYER.EXE")}, false);
+    const long zeta = m_catalogue.addApp(QStringLiteral("Zeta Suite"), {QStringLiteral("ZETA.EXE")}, true);
+    m_catalogue.addLicence(gClientCode, zeta, QStringLiteral("2030-12-31"));
+    m_catalogue.addApp(QStringLiteral("Beta Tools"), {QStringLiteral("BETA.EXE")}, true);
+    m_catalogue.addApp(QStringLiteral("Omega Edit"), {QStringLiteral("OMEGA.EXE")}, true);
+}
+
+JobResults TestReporting::fullJob()
+{
+    JobResults r = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+    r.video = {QString::number(CountViewerFiles(ViewerKind::Video)), QStringLiteral("1")};
+    // The audio screen was left by Back: its tick never reached the summary.
+    r.audio = {QStringLiteral("1"), QStringLiteral("0")};
+    r.images = {QString::number(CountViewerFiles(ViewerKind::Image)), QStringLiteral("1")};
+    r.text = {QString::number(CountViewerFiles(ViewerKind::Text)), QStringLiteral("2")};
+    r.external = {QString::number(CountViewerFiles(ViewerKind::External)), QStringLiteral("1")};
+    return r;
+}
+
+void TestReporting::reportFormats_data()
+{
+    QTest::addColumn<bool>("html");
+    QTest::addColumn<bool>("contentAll");
+    QTest::addColumn<bool>("empty");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("html, all files") << true << true << false << "full-all.html";
+    QTest::newRow("text, all files") << false << true << false << "full-all.txt";
+    QTest::newRow("html, checked files") << true << false << false << "full-checked.html";
+    QTest::newRow("text, checked files") << false << false << false << "full-checked.txt";
+    QTest::newRow("html, empty disc") << true << true << true << "empty.html";
+    QTest::newRow("text, empty disc") << false << true << true << "empty.txt";
+}
+
+void TestReporting::reportFormats()
+{
+    QFETCH(bool, html);
+    QFETCH(bool, contentAll);
+    QFETCH(bool, empty);
+    QFETCH(QString, expected);
+    Disc disc;
+    JobResults results;
+    fillCatalogue();
+    if (empty) {
+        results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+    } else {
+        disc.add(QStringLiteral("PLAYER.EXE"), 4000);
+        disc.add(QStringLiteral("BIN/ZETA.EXE"), 9000);
+        disc.add(QStringLiteral("BIN/BETA.EXE"), 1500);
+        disc.add(QStringLiteral("TOOLS/MYSTERY.EXE"), 700);
+        disc.add(QStringLiteral("DATA.ZIP"), 12000);
+        disc.addMember(QStringLiteral("DATA.ZIP/OMEGA.EXE"), 5000);
+        disc.addMember(QStringLiteral("DATA.ZIP/HELPER.EXE"), 2100);
+        const QString intro = disc.add(QStringLiteral("MEDIA/INTRO.AVI"), 30000);
+        const QString song = disc.add(QStringLiteral("MEDIA/SONG.MP3"), 6000);
+        const QString cover = disc.add(QStringLiteral("MEDIA/COVER.JPG"), 2500);
+        disc.add(QStringLiteral("MEDIA/BANNER.JPEG"), 1200);
+        const QString readme = disc.addMember(QStringLiteral("DATA.ZIP/README.TXT"), 300);
+        const QString notes = disc.add(QStringLiteral("NOTES.TXT"), 100);
+        gMediaFiles = disc.files();
+        const QString autorun = disc.add(QStringLiteral("AUTORUN.INF"), 60);
+        const QString data = disc.add(QStringLiteral("DATA.XYZ"), 0);
+        gExternalFiles = QStringList{autorun, data};
+        // Ticks in the order an operator made them, several kinds interleaved.
+        AddCheckedItem(notes + QStringLiteral(" (") + FileSizeText(notes) + QLatin1Char(')'), QStringLiteral("Text"));
+        AddCheckedItem(cover + QStringLiteral(" (3 KB)"), QStringLiteral("Image"));
+        AddCheckedItem(song + QStringLiteral(" (6 KB)"), QStringLiteral("Audio"));
+        AddCheckedItem(readme + QStringLiteral(" (0 KB)"), QStringLiteral("Text"));
+        AddCheckedItem(intro + QStringLiteral(" (30 KB)"), QStringLiteral("Video"));
+        AddCheckedItem(autorun + QStringLiteral(" (1 KB)"), QStringLiteral("External"));
+        results = fullJob();
+    }
+    const QString path = ReportPath(gCatalogueNumber, html ? ReportFormat::Html : ReportFormat::Text);
+    WriteReportFile(path, html ? ReportFormat::Html : ReportFormat::Text, results, contentAll);
+    QVERIFY(sameLines(reportLines(path, disc.root()), expectedLines(expected)));
+}
+
+void TestReporting::writerRules()
+{
+    // Only a path that stands in capitals is recognised below the extract folder.
+    const QString member = ExtractFolder().toUpper() + QStringLiteral("/SETUP/DATA.ZIP/A.TXT (1 KB)");
+    QCOMPARE(ChangePathIfCompressed(member), QStringLiteral("Archive file: /SETUP/DATA.ZIP/A.TXT (1 KB)"));
+    const QString asTyped = ExtractFolder() + QStringLiteral("/SETUP/A.TXT");
+    QCOMPARE(ChangePathIfCompressed(asTyped), asTyped.toUpper() == asTyped ? QStringLiteral("Archive file: /SETUP/A.TXT")
+                                                                           : asTyped);
+    QCOMPARE(ChangePathIfCompressed(QStringLiteral("/MNT/DISC/A.TXT")), QStringLiteral("/MNT/DISC/A.TXT"));
+    QCOMPARE(RulerFor(QStringLiteral("KEVRO v1.00 Full Scan Report"), QStringLiteral("+")), QString(28, QLatin1Char('+')));
+    QCOMPARE(ReportTitle(ReportFormat::Text), QStringLiteral("KEVRO v%1.%2%3 Full Scan Report")
+                                                  .arg(KEVRO_VERSION_MAJOR)
+                                                  .arg(KEVRO_VERSION_MINOR)
+                                                  .arg(KEVRO_VERSION_PATCH));
+
+    // The content setting is read afresh for every report, three letters, case-blind.
+    QVERIFY(!ReportContentAll());
+    for (const char *value : {"ALL", "all", "Allways"}) {
+        WriteIniKey("Reports", "DefaultReportContent", value);
+        QVERIFY2(ReportContentAll(), value);
+    }
+    WriteIniKey("Reports", "DefaultReportContent", "CHK");
+    QVERIFY(!ReportContentAll());
+
+    // The checked heading goes by the number the caption starts with; the list may then be empty.
+    ResetList(gCheckedItems);
+    JobResults r;
+    r.video.checked = QStringLiteral("2 ");
+    r.audio.checked = QStringLiteral("0");
+    AddCheckedItem(QStringLiteral("/D/A.WAV (1 KB)"), QStringLiteral("Audio"));
+    AddCheckedItem(QStringLiteral("/D/B.AVI (1 KB)"), QStringLiteral("video")); // not the kind "Video"
+    const QString path = ReportPath(QStringLiteral("RULES"), ReportFormat::Text);
+    WriteReportFile(path, ReportFormat::Text, r, false);
+    const QStringList lines = reportLines(path, QString());
+    QVERIFY(lines.contains(QStringLiteral("List of Checked Video Files:")));
+    QVERIFY(!lines.contains(QStringLiteral("List of Checked Audio Files:")));
+    QVERIFY(!lines.contains(QStringLiteral("/D/A.WAV (1 KB)")));
+    QVERIFY(!lines.contains(QStringLiteral("/D/B.AVI (1 KB)")));
+}
+
+void TestReporting::fileNamesAndTheOverwriteQuestion()
+{
+    MsgBoxResponder boxes;
+    QDir(ReportsFolder()).removeRecursively();
+    // Each of the nine characters a file name cannot hold; the header keeps the number as typed.
+    gCatalogueNumber = QStringLiteral("A\\B/C:D*E?F\"G<H>I|J");
+    const QString cleaned = ReportsFolder() + QStringLiteral("/A_B_C_D_E_F_G_H_I_J");
+    const JobResultsSource none = [] { return JobResults(); };
+    SaveReport(ReportFormat::Html, none);
+    QCOMPARE(boxes.prompts(), QStringList());
+    QVERIFY(QFileInfo(ReportsFolder()).isDir()); // made when missing
+    QVERIFY(QFile::exists(cleaned + QStringLiteral(".html")));
+    QCOMPARE(m_opened, QStringList{cleaned + QStringLiteral(".html")});
+    QVERIFY(ReadTestFile(cleaned + QStringLiteral(".html"))
+                .contains("Catalogue Code: A\\B/C:D*E?F\"G<H>I|J Client: Northwind Records</FONT>"));
+    // The other format has its own file: no question.
+    SaveReport(ReportFormat::Text, none);
+    QCOMPARE(boxes.prompts(), QStringList());
+    QVERIFY(ReadTestFile(cleaned + QStringLiteral(".txt")).contains("Catalogue Number: A\\B/C:D*E?F\"G<H>I|J Client: "));
+
+    // No keeps the old file untouched and opens nothing; Yes writes it anew and opens it.
+    const QString question = QStringLiteral("A report for this media already exists. Are you sure you want to "
+                                            "overwrite this file?");
+    WriteTestFile(cleaned + QStringLiteral(".txt"), "kept");
+    m_opened.clear();
+    boxes.queue(vbNo);
+    SaveReport(ReportFormat::Text, none);
+    QCOMPARE(boxes.prompts(), QStringList{question});
+    QCOMPARE(boxes.boxes()[0].style, vbYesNo | vbExclamation);
+    QCOMPARE(ReadTestFile(cleaned + QStringLiteral(".txt")), QByteArray("kept"));
+    QVERIFY(m_opened.isEmpty());
+    boxes.queue(vbYes);
+    SaveReport(ReportFormat::Text, none);
+    QVERIFY(ReadTestFile(cleaned + QStringLiteral(".txt")).startsWith("++++"));
+    QCOMPARE(m_opened, QStringList{cleaned + QStringLiteral(".txt")});
+}
+
+void TestReporting::failuresLoseNothing()
+{
+    MsgBoxResponder boxes;
+    const JobResultsSource none = [] { return JobResults(); };
+    const QString saving = QStringLiteral(" occured while saving report.  Can not display report.");
+
+    // The reports folder cannot be made: the name is taken by a file.
+    QDir(ReportsFolder()).removeRecursively();
+    WriteTestFile(ReportsFolder(), "not a folder");
+    boxes.queue(vbOK);
+    SaveReport(ReportFormat::Html, none);
+    QCOMPARE(boxes.prompts(), QStringList{QStringLiteral("Error 58") + saving});
+    QCOMPARE(boxes.boxes()[0].style, int(vbCritical));
+    QVERIFY(m_opened.isEmpty());
+    QFile::remove(ReportsFolder());
+    QDir().mkpath(ReportsFolder());
+
+    // The report's name is taken by a folder: the question, then the writer's own message, which has
+    // no blank before "occured".
+    boxes.clear();
+    QDir().mkpath(ReportPath(gCatalogueNumber, ReportFormat::Html));
+    boxes.queue(vbYes);
+    boxes.queue(vbOK);
+    SaveReport(ReportFormat::Html, none);
+    QCOMPARE(boxes.prompts().value(1), QStringLiteral("Error 75occured while saving report.  Can not display report."));
+    QVERIFY(m_opened.isEmpty());
+    QDir(ReportPath(gCatalogueNumber, ReportFormat::Html)).removeRecursively();
+
+    // The disc fills up half way: what was written stays, nothing is opened.
+    boxes.clear();
+    for (int i = 0; i < 3000; ++i)
+        AppendToList(gExternalFiles, QStringLiteral("/D/FILE%1.XYZ").arg(i, 5, 10, QLatin1Char('0')));
+    WriteIniKey("Reports", "DefaultReportContent", "ALL");
+    JobResults many;
+    many.external.total = QStringLiteral("3000");
+    struct rlimit old {};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = old;
+    small.rlim_cur = 65536;
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    boxes.queue(vbOK);
+    WriteReport(ReportPath(gCatalogueNumber, ReportFormat::Text), ReportFormat::Text, [&] { return many; });
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, previous);
+    QCOMPARE(boxes.prompts(), QStringList{QStringLiteral("Error 61occured while saving report.  Can not display report.")});
+    const QByteArray partial = ReadTestFile(ReportPath(gCatalogueNumber, ReportFormat::Text));
+    QCOMPARE(partial.size(), 65536);
+    QVERIFY(partial.startsWith("++++"));
+    QVERIFY(m_opened.isEmpty());
+}
+
+frmScanSummary *TestReporting::summaryShown()
+{
+    auto *s = Forms::get<frmScanSummary>();
+    s->show();
+    return s;
+}
+
+void TestReporting::summaryScreen()
+{
+    MsgBoxResponder boxes;
+    auto *s = summaryShown();
+    QCOMPARE(s->windowTitle(), QStringLiteral("KEVRO - Scan Results Summary"));
+    QCOMPARE(Control<QGroupBox>(s, "frmSummary")->title(), QStringLiteral("Scan Results Summary"));
+    QCOMPARE(Control<QGroupBox>(s, "frmDetailedReport")->title(), QStringLiteral("Report"));
+    const QList<QPair<const char *, const char *>> captions{
+        {"lblFound", "Found"},           {"lblChecked", "Checked"},       {"lblUnLicensedEXEs", "Un-licensed Apps:"},
+        {"lblLicensedEXEs", "Licensed Apps:"}, {"lblUnknownEXEs", "Unknown EXEs:"}, {"lblVideoResults", "Video Files:"},
+        {"lblAudioFiles", "Audio Files"}, {"lblImageFiles", "Image Files:"}, {"lblTextfiles", "Text Files:"},
+        {"lblExternal", "External Files:"}, {"lblDash1", "-"}, {"lblDash2", "-"}, {"lblDash3", "-"},
+        {"lblVideoChecked", "0"}, {"lblExternalTotal", "0"}};
+    for (const auto &[name, caption] : captions)
+        QCOMPARE(Control<QLabel>(s, name)->text(), QString::fromLatin1(caption));
+    // The audio row stands above the image row.
+    QVERIFY(Control<QLabel>(s, "lblAudioFiles")->y() < Control<QLabel>(s, "lblImageFiles")->y());
+    QVERIFY(Control<QRadioButton>(s, "optHTML")->isChecked());
+    QCOMPARE(boxes.prompts(), QStringList());
+
+    // The default report type at load: four letters, case-blind; anything else keeps HTML.
+    for (const auto &[value, text] : QList<QPair<const char *, bool>>{{"text", true}, {"html5", false}, {"XML", false}}) {
+        Forms::unload<frmScanSummary>();
+        WriteIniKey("Reports", "DefaultReportType", value);
+        QCOMPARE(Control<QRadioButton>(Forms::get<frmScanSummary>(), "optText")->isChecked(), text);
+    }
+
+    // The reset leaves the external number and every found number alone; PrepareToScan runs it.
+    s = summaryShown();
+    for (const char *name : {"lblVideoChecked", "lblAudioChecked", "lblImagesChecked", "lblTextChecked",
+                             "lblExternalChecked", "lblVideoTotal", "lblLicensedTotal"})
+        Control<QLabel>(s, name)->setText(QStringLiteral("5"));
+    Forms::get<frmScanDisc>()->PrepareToScan();
+    for (const char *name : {"lblVideoChecked", "lblAudioChecked", "lblImagesChecked", "lblTextChecked"})
+        QCOMPARE(Control<QLabel>(s, name)->text(), QStringLiteral("0"));
+    for (const char *name : {"lblExternalChecked", "lblVideoTotal", "lblLicensedTotal"})
+        QCOMPARE(Control<QLabel>(s, name)->text(), QStringLiteral("5"));
+
+    // The Options screen's OK sets this screen's report type at once.
+    auto *options = Forms::get<frmOptions>();
+    options->show();
+    Click(Control<QRadioButton>(options, "optHTML"));
+    Click(Control<QPushButton>(options, "cmdOK"));
+    QVERIFY(Control<QRadioButton>(s, "optHTML")->isChecked());
+
+    // Scan Engine and Database entries do nothing; the close box takes the clean road out.
+    QVERIFY(ClickMenu(s, "mnuScanEngineReports"));
+    QVERIFY(ClickMenu(s, "mnuDatabaseClients"));
+    QVERIFY(s->isVisible() && !Forms::isLoaded<frmReportViewer>());
+    const QString leftOver = WriteTestFile(ExtractFolder() + QStringLiteral("/SETUP/A.TXT"), "member");
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    s->close();
+    QCOMPARE(ended, QList<int>{0});
+    QVERIFY(!QFile::exists(leftOver));
+}
+
+void TestReporting::summaryFinishAndBack()
+{
+    MsgBoxResponder boxes;
+    const QString notCreated = QStringLiteral("A scan report has not been created.  Are you sure you want to continue?");
+    auto *s = summaryShown();
+    Control<QLabel>(s, "lblVideoTotal")->setText(QStringLiteral("3"));
+
+    // Back with only the EXE box ticked: the application viewer, this screen hidden with its numbers.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles", "chkOtherFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    Click(Control<QPushButton>(s, "cmdPrevious"));
+    QVERIFY(shown<frmScanResultsEXEs>());
+    QVERIFY(Forms::isLoaded<frmScanSummary>() && s->isHidden());
+    QCOMPARE(Control<QLabel>(s, "lblVideoTotal")->text(), QStringLiteral("3"));
+
+    // Finish without a report: No stays, Yes goes home with the job's client code.
+    s->show();
+    boxes.queue(vbNo);
+    Click(Control<QPushButton>(s, "cmdFinish"));
+    QCOMPARE(boxes.prompts(), QStringList{notCreated});
+    QCOMPARE(boxes.boxes()[0].style, vbYesNo | vbExclamation);
+    QVERIFY(s->isVisible());
+    boxes.clear();
+    boxes.queue(vbYes);
+    Click(Control<QPushButton>(s, "cmdFinish"));
+    QVERIFY(!Forms::isLoaded<frmScanSummary>());
+    auto *menu = shown<frmMainMenu>();
+    QVERIFY(menu);
+    QCOMPARE(Control<QComboBox>(menu, "cmbClientCode")->currentText(), gClientCode);
+
+    // A report answered No still counts as created: Finish asks nothing.
+    boxes.clear();
+    s = summaryShown();
+    WriteTestFile(ReportPath(gCatalogueNumber, ReportFormat::Html), "old");
+    boxes.queue(vbNo);
+    Click(Control<QPushButton>(s, "cmdPrintReport"));
+    QVERIFY(s->ReportCreated());
+    Click(Control<QPushButton>(s, "cmdFinish"));
+    QCOMPARE(boxes.prompts().size(), 1);
+    QVERIFY(!Forms::isLoaded<frmScanSummary>());
+
+    // Back with no box ticked: the scan set-up, and this screen is unloaded.
+    s = summaryShown();
+    Control<QCheckBox>(scan, "chkEXEFiles")->setChecked(false);
+    Click(Control<QPushButton>(s, "cmdPrevious"));
+    QVERIFY(!Forms::isLoaded<frmScanSummary>());
+    QVERIFY(shown<frmScanDisc>());
+}
+
+void TestReporting::reportViewer()
+{
+    MsgBoxResponder boxes;
+    const QString none = QStringLiteral("No reports were found in the KEVRO reports directory.");
+    // Only the pictures: the message, and again each time the screen becomes active.
+    boxes.queue(vbOK, 2);
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->show();
+    Click(Control<QToolButton>(menu, "cmdReports"));
+    QTRY_COMPARE(boxes.prompts(), QStringList{none});
+    QCOMPARE(boxes.boxes()[0].style, int(vbInformation));
+    auto *viewer = shown<frmReportViewer>();
+    QVERIFY(viewer && !Forms::isLoaded<frmMainMenu>());
+    auto *grid = Control<FlexGrid>(viewer, "gridReports");
+    QCOMPARE(grid->Rows(), 0);
+    for (const char *hidden : {"Label1", "txtSearch", "cmdPerformSearch", "chkShowAllFiles"}) {
+        auto *w = Control<QWidget>(viewer, hidden);
+        QVERIFY2(w->isHidden() && !w->isEnabled(), hidden);
+    }
+    // Another window was active meanwhile (the About box, say); coming back lists anew.
+    const auto activateAgain = [viewer] {
+        auto *about = Forms::get<frmMainMenu>();
+        about->show();
+        QApplication::sendEvent(about, new QEvent(QEvent::WindowActivate));
+        QTest::qWait(10);
+        about->hide();
+        QApplication::sendEvent(viewer, new QEvent(QEvent::WindowActivate));
+        QTest::qWait(10);
+    };
+    activateAgain();
+    QCOMPARE(boxes.prompts(), (QStringList{none, none}));
+    // A double click on the empty list does nothing.
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
+    QVERIFY(m_opened.isEmpty());
+
+    // Reports added by hand show at the next activation, sorted by name; capitals and pictures do not.
+    for (const char *name : {"KV-2.txt", "KV-1.html", "KV-1.txt", "SHOUT.HTML", "notes.md", "Kv-0.html"})
+        WriteTestFile(ReportsFolder() + QLatin1Char('/') + QLatin1String(name), "r");
+    activateAgain();
+    QCOMPARE(grid->Rows(), 4);
+    QStringList names;
+    for (int r = 0; r < grid->Rows(); ++r) {
+        names << grid->TextMatrix(r, 1);
+        QCOMPARE(grid->TextMatrix(r, 0), ReportsFolder() + QLatin1Char('/') + grid->TextMatrix(r, 1));
+    }
+    QCOMPARE(names, (QStringList{"Kv-0.html", "KV-1.html", "KV-1.txt", "KV-2.txt"}));
+    QCOMPARE(grid->ColWidth(0), 0L);
+    QCOMPARE(grid->ColWidth(1), 8550L);
+    QCOMPARE(boxes.prompts().size(), 2);
+
+    // A double click opens the row's report.
+    const QPoint third = grid->visualRect(grid->model()->index(2, 1)).center();
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, third);
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, third);
+    QCOMPARE(m_opened, QStringList{ReportsFolder() + QStringLiteral("/KV-1.txt")});
+
+    // Back to the main menu, at this screen's place.
+    viewer->Move(1500, 1200);
+    Click(Control<QPushButton>(viewer, "cmdPrevious"));
+    QVERIFY(!Forms::isLoaded<frmReportViewer>());
+    menu = shown<frmMainMenu>();
+    QVERIFY(menu);
+    QCOMPARE(menu->Left(), 1500L);
+}
+
+void TestReporting::wholeJobThroughTheScreens_data()
+{
+    QTest::addColumn<QString>("engine");
+    QTest::addColumn<bool>("html");
+    QTest::newRow("sqlite, html") << "sqlite" << true;
+    QTest::newRow("postgresql, text") << "postgresql" << false;
+}
+
+void TestReporting::wholeJobThroughTheScreens()
+{
+    QFETCH(QString, engine);
+    QFETCH(bool, html);
+    if (engine == QLatin1String("postgresql") && !CatalogueFixture::postgresAvailable()) {
+        if (qEnvironmentVariableIsSet("CI"))
+            QFAIL("KEVRO_TEST_PG is not set: CI must run the PostgreSQL tests (make test starts the server)");
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    }
+    useCatalogue(engine);
+    const long free = m_catalogue.addApp(QStringLiteral("Acme Player"), {QStringLiteral("PLAYER.EXE")}, false);
+    Q_UNUSED(free);
+    const long zeta = m_catalogue.addApp(QStringLiteral("Zeta Suite"), {QStringLiteral("ZETA.EXE")}, true);
+    m_catalogue.addLicence(QString::number(m_client), zeta, QStringLiteral("2030-12-31"));
+    m_catalogue.addApp(QStringLiteral("O'Brien Tools"), {QStringLiteral("OBRIEN.EXE")}, true);
+
+    // The master: programs in folders, a ZIP of programs, one program nobody knows.
+    QTemporaryDir discDir;
+    const QString disc = discDir.filePath(QStringLiteral("Master KV-77"));
+    WriteTestFile(disc + QStringLiteral("/PLAYER.EXE"), QByteArray(4000, 'p'));
+    WriteTestFile(disc + QStringLiteral("/Bin/zeta.exe"), QByteArray(9000, 'z'));
+    WriteTestFile(disc + QStringLiteral("/Bin/O'Brien's/OBRIEN.EXE"), QByteArray(1500, 'o'));
+    WriteTestFile(disc + QStringLiteral("/Tools/MYSTERY.EXE"), QByteArray(700, 'm'));
+    QDir().mkpath(disc + QStringLiteral("/Setup"));
+    QVERIFY(!WriteArchive(disc + QStringLiteral("/Setup/DATA.ZIP"),
+                          {{"PROGRAM/ZETA.EXE", QByteArray(9000, 'z')}, {"PROGRAM/HELPER.EXE", QByteArray(2100, 'h')}})
+                 .isEmpty());
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    WriteIniKey("Reports", "DefaultReportType", html ? "HTML" : "TEXT");
+    WriteIniKey("Reports", "DefaultReportContent", "ALL");
+
+    // The operator: client and catalogue number on the main menu, then Scan Disc.
+    MsgBoxResponder boxes;
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->show();
+    QVERIFY(QTest::qWaitForWindowExposed(menu));
+    QVERIFY(ChooseFromList(Control<QComboBox>(menu, "cmbClientName"), ClientName));
+    QTest::keyClicks(Control<QLineEdit>(menu, "txtCatNo"), QStringLiteral("KV-77"));
+    Click(Control<QToolButton>(menu, "cmdScanDisc"));
+    auto *scan = shown<frmScanDisc>();
+    QVERIFY(scan);
+    QCOMPARE(scan->Drive1->Drive(), disc);
+    // Only the programs are reviewed here.
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles", "chkOtherFiles"})
+        Click(Control<QCheckBox>(scan, box));
+    Click(Control<QPushButton>(scan, "cmdNext"));
+    auto *exes = shown<frmScanResultsEXEs>();
+    QVERIFY(exes);
+    QCOMPARE(exes->lblLicensedPrograms->text(), QStringLiteral("Licensed Applications - 2"));
+    Click(Control<QPushButton>(exes, "cmdNext"));
+    auto *summary = shown<frmScanSummary>();
+    QVERIFY(summary);
+    QCOMPARE(summary->lblLicensedTotal->text(), QStringLiteral("2"));
+    QCOMPARE(summary->lblUnlicensedTotal->text(), QStringLiteral("1"));
+    QCOMPARE(summary->lblUnknownTotal->text(), QStringLiteral("2"));
+    QCOMPARE(summary->optText->isChecked(), !html);
+    Click(Control<QPushButton>(summary, "cmdPrintReport"));
+    QCOMPARE(boxes.prompts(), QStringList());
+    const QString report = ReportPath(QStringLiteral("KV-77"), html ? ReportFormat::Html : ReportFormat::Text);
+    QCOMPARE(m_opened, QStringList{report});
+    const QStringList screens = reportLines(report, disc);
+    QVERIFY(screens.size() > 30);
+    Click(Control<QPushButton>(summary, "cmdFinish"));
+    QVERIFY(shown<frmMainMenu>());
+
+    // kevro-check on the same disc for the same client writes the same report.
+    QVERIFY(QFile::rename(report, report + QStringLiteral(".screens")));
+    const CheckRun run = kevroCheck({QStringLiteral("--client"), QString::number(m_client),
+                                     QStringLiteral("--catalogue"), QStringLiteral("KV-77"), disc});
+    QCOMPARE(run.err, QString());
+    QCOMPARE(run.code, 0);
+    QCOMPARE(run.out, report + QLatin1Char('\n'));
+    QVERIFY(sameLines(reportLines(report, disc), screens));
+    QCOMPARE(QDir(ExtractFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    Forms::unload<frmMainMenu>();
+    useCatalogue(QStringLiteral("sqlite"));
+}
+
+void TestReporting::kevroCheckExitCodes()
+{
+    QTemporaryDir discDir;
+    const QString disc = discDir.path();
+    WriteTestFile(disc + QStringLiteral("/SETUP.EXE"), "MZ");
+    // A real archive nobody can open without its password.
+    QVERIFY(QFile::copy(CorpusFolder() + QStringLiteral("/archives/Str4nd3r666+Zip-Bomb-Collection__Zippy.zip"),
+                        disc + QStringLiteral("/ZIPPY.ZIP")));
+    const QString client = QString::number(m_client);
+
+    const CheckRun help = kevroCheck({QStringLiteral("--help")});
+    QCOMPARE(help.code, 0);
+    for (const char *word : {"--client", "--report html|text", "--content all|checked", "  7 ", "for m in"})
+        QVERIFY2(help.out.contains(QLatin1String(word)), word);
+
+    const QList<QPair<QStringList, int>> refused{
+        {{}, 2},
+        {{"--client", client, disc}, 2},
+        {{"--client", client, "--catalogue", "X", "--report", "pdf", disc}, 2},
+        {{"--client", client, "--catalogue", "X", "--content", "some", disc}, 2},
+        {{"--client", client, "--catalogue", "X", disc, disc}, 2},
+        {{"--client", "999", "--catalogue", "X", disc}, 3},
+        {{"--client", client, "--catalogue", "X", disc + "/nothing here"}, 5},
+        {{"--client", client, "--catalogue", "X", disc + "/SETUP.EXE"}, 5},
+    };
+    for (const auto &[args, code] : refused) {
+        const CheckRun r = kevroCheck(args);
+        QVERIFY2(r.code == code, qPrintable(args.join(' ') + " gave " + QString::number(r.code) + ": " + r.err));
+        QVERIFY2(r.out.isEmpty() && r.err.startsWith(QLatin1String("kevro-check: ")), qPrintable(r.err));
+    }
+
+    // A damaged archive is a warning line; the job goes on. No progress when not on a terminal.
+    const QByteArray ini = "[Reports]\r\nDefaultReportType=TEXT\r\nDefaultReportContent=CHK\r\n";
+    WriteTestFile(IniFileName(), ini);
+    CheckRun ok = kevroCheck({"--client", client, "--catalogue", "KV/9", "--content", "all", disc});
+    QCOMPARE(ok.code, 0);
+    const QString txt = ReportsFolder() + QStringLiteral("/KV_9.txt");
+    QCOMPARE(ok.out, txt + QLatin1Char('\n'));
+    const QStringList warnings = ok.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QVERIFY2(!warnings.isEmpty(), qPrintable(ok.err));
+    for (const QString &w : warnings)
+        QVERIFY2(w.startsWith(QLatin1String("kevro-check: warning: ")) && !w.contains(QLatin1Char('\r')), qPrintable(w));
+    QVERIFY(ok.err.contains(QLatin1String("ZIPPY.ZIP")));
+    // The content flag holds for this run only.
+    QCOMPARE(ReadTestFile(IniFileName()), ini);
+    const QStringList lines = reportLines(txt, disc);
+    QVERIFY(lines.contains(QStringLiteral("{DISC}/SETUP.EXE (1 KB)")));
+
+    // An existing report is replaced without a question; a report that cannot be written is refused.
+    WriteTestFile(txt, "old");
+    ok = kevroCheck({"--client", client, "--catalogue", "KV/9", disc});
+    QCOMPARE(ok.code, 0);
+    QVERIFY(ReadTestFile(txt).startsWith("++++"));
+    QDir().mkpath(ReportsFolder() + QStringLiteral("/KV_10.txt"));
+    const CheckRun blocked = kevroCheck({"--client", client, "--catalogue", "KV/10", disc});
+    QCOMPARE(blocked.code, 6);
+    QVERIFY(blocked.err.contains(QLatin1String("KV_10.txt")));
+    QDir(ReportsFolder() + QStringLiteral("/KV_10.txt")).removeRecursively();
+
+    // The catalogue out of reach.
+    QVERIFY(QFile::rename(m_app.file("odbc.ini"), m_app.file("odbc.away")));
+    CatalogueTarget nowhere;
+    nowhere.engine = DataSource::Engine::PostgreSQL;
+    nowhere.host = QStringLiteral("127.0.0.1");
+    nowhere.port = 1;
+    QCOMPARE(WriteDataSourceEntry(nowhere, m_app.file("odbc.ini")), QString());
+    const CheckRun unreachable = kevroCheck({"--client", client, "--catalogue", "X", disc});
+    QFile::remove(m_app.file("odbc.ini"));
+    QFile::rename(m_app.file("odbc.away"), m_app.file("odbc.ini"));
+    QCOMPARE(unreachable.code, 4);
+    QVERIFY(unreachable.err.contains(QLatin1String("catalogue database")));
+}
+
+void TestReporting::kevroCheckRefusesWhileAnotherWorks()
+{
+    QTemporaryDir disc;
+    WriteTestFile(disc.filePath(QStringLiteral("A.EXE")), "MZ");
+    const QStringList args{"--client", QString::number(m_client), "--catalogue", "BUSY", disc.path()};
+    const QString member = WriteTestFile(ExtractFolder() + QStringLiteral("/OTHER.ZIP/KEEP.EXE"), "in use");
+    {
+        // The desktop program of this application folder.
+        SingleInstance desktop(InstanceKey());
+        QVERIFY(!desktop.AnotherIsRunning());
+        const CheckRun r = kevroCheck(args);
+        QCOMPARE(r.code, 7);
+        QVERIFY2(r.err.contains(AppPath()), qPrintable(r.err));
+    }
+    {
+        // Another job without screens.
+        SingleInstance batch(InstanceKey());
+        QVERIFY(batch.TakeLockWithoutScreens());
+        QCOMPARE(kevroCheck(args).code, 7);
+        // The desktop program refuses too, and knows why.
+        SingleInstance desktop(InstanceKey());
+        QVERIFY(desktop.AnotherIsRunning());
+        QVERIFY(desktop.HeldWithoutScreens());
+    }
+    // The other program's extract folder was never touched.
+    QCOMPARE(ReadTestFile(member), QByteArray("in use"));
+    QCOMPARE(kevroCheck(args).code, 0);
+    QVERIFY(!QFile::exists(member));
+}
+
+QTEST_MAIN(TestReporting)
+#include "tst_reporting.moc"
