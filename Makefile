@@ -47,6 +47,7 @@ bench: build
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_flexgrid_fill
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_scan_speed
 	@$(BUILD_DIR)/bench/bench_evaluation_speed
+	@$(BUILD_DIR)/bench/bench_check_speed
 
 clean:
 	rm -rf $(BUILD_DIR)
