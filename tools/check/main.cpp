@@ -352,16 +352,18 @@ int main(int argc, char **argv)
         ResetExtractFolder();
         return fail(VolumeUnreadable, QStringLiteral("the scan of %1 failed: %2").arg(volume, e.description));
     }
-    progress.finish();
     if (walker.ScanCancelled()) {
+        progress.finish();
         ResetExtractFolder();
         return fail(Cancelled, QStringLiteral("cancelled; no report was written"));
     }
 
     JobResults results;
+    progress.stage(QStringLiteral("Judging the executables..."));
     try {
         results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
     } catch (const VbError &e) {
+        progress.finish();
         ResetExtractFolder();
         return fail(JobFailed, QStringLiteral("the judgement of the executables failed: error %1, %2")
                                    .arg(e.number)
@@ -375,15 +377,18 @@ int main(int argc, char **argv)
     results.external.total = QString::number(CountViewerFiles(ViewerKind::External));
 
     const QString path = ReportPath(gCatalogueNumber, format);
+    progress.stage(QStringLiteral("Writing the report..."));
     try {
         if (!QFileInfo(ReportsFolder()).isDir())
             CreateFolder(ReportsFolder());
         WriteReportFile(path, format, results, contentAll);
     } catch (const VbError &e) {
+        progress.finish();
         ResetExtractFolder();
         return fail(ReportNotWritable, QStringLiteral("cannot write the report %1: %2").arg(path, e.description));
     }
     // Nothing of the disc stays behind once the report stands.
+    progress.finish();
     ResetExtractFolder();
     std::printf("%s\n", qPrintable(path));
     return Done;
