@@ -52,8 +52,6 @@ bool SingleInstance::AnotherIsRunning()
                 return true;
             QThread::msleep(100);
         }
-        // Nobody answers: the lock belongs to a job that runs without screens.
-        m_heldWithoutScreens = true;
         return true;
     }
     // The lock is ours: a socket left behind by a copy that crashed can go.
@@ -71,11 +69,4 @@ bool SingleInstance::AnotherIsRunning()
     });
     m_server->listen(m_name);
     return false;
-}
-
-bool SingleInstance::TakeLockWithoutScreens()
-{
-    m_lock = new QLockFile(QDir::temp().filePath(m_name + QStringLiteral(".lock")));
-    m_lock->setStaleLockTime(0);
-    return m_lock->tryLock(0);
 }

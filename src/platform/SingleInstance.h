@@ -21,11 +21,6 @@ public:
 
     // True when another copy is running; that copy has been asked to activate its window.
     bool AnotherIsRunning();
-    // After AnotherIsRunning: the lock is held by a copy that never answered, a job without screens.
-    bool HeldWithoutScreens() const { return m_heldWithoutScreens; }
-    // For a job without screens: takes the same lock without listening. False when any other copy, with
-    // or without screens, holds it.
-    bool TakeLockWithoutScreens();
     // Called in the first copy when a later one asks it to come to the front.
     void SetActivator(std::function<void()> activate) { m_activate = std::move(activate); }
 
@@ -35,7 +30,6 @@ private:
     QLockFile *m_lock = nullptr;
     QLocalServer *m_server = nullptr;
     std::function<void()> m_activate;
-    bool m_heldWithoutScreens = false;
 };
 
 // The key of this program's copy: the user and the application folder.

@@ -101,11 +101,14 @@ void frmReportViewer::FillReportList()
     const QDir dir(folder);
     int count = 0;
     if (!dir.exists()) {
-        // The folder belongs to the installation; without it the listing fails as the runtime's
-        // folder lookup did, and the screen stays with an empty list.
+        // The folder belongs to the installation; without it the listing fails as the runtime's folder
+        // lookup did. The operator is told so, and the screen stays, with an empty list, to go back from.
         const VbError e = MakeVbError(VbErr::PathNotFound);
         MsgBox(QStringLiteral("Run-time error '%1':\n\n%2").arg(e.number).arg(e.description), vbCritical);
-    } else {
+        grid->setVisible(true);
+        return;
+    }
+    {
         for (const QString &name : dir.entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Unsorted)) {
             // Exact tails: a name in capitals is not a report, and the folder's pictures fall out.
             if (name.right(4) != QLatin1String(".txt") && name.right(5) != QLatin1String(".html"))

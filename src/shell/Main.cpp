@@ -2,7 +2,9 @@
 
 #include "platform/Events.h"
 #include "platform/MsgBox.h"
+#include "platform/Paths.h"
 #include "platform/SingleInstance.h"
+#include "platform/WorkLock.h"
 #include "controls/Forms.h"
 #include "shell/MainMod.h"
 #include "shell/frmMainMenu.h"
@@ -28,12 +30,15 @@ void activateVisibleScreen()
 int Main()
 {
     static SingleInstance instance(InstanceKey());
-    if (instance.AnotherIsRunning()) {
-        // A copy with screens comes to the front by itself; a batch job has none to show.
-        if (instance.HeldWithoutScreens())
-            MsgBox(QStringLiteral("A KEVRO batch job is working in this application folder.  Start KEVRO again "
-                                  "when it has finished."),
-                   vbExclamation);
+    if (instance.AnotherIsRunning())
+        return 0;
+    // A batch job, or a copy of another user, may be working in this application folder: it would lose
+    // its extract folder to this start.
+    static WorkLock work;
+    if (!work.Take()) {
+        MsgBox(QStringLiteral("Another KEVRO program is working in ") + AppPath() +
+                   QStringLiteral(".  Start KEVRO again when it has finished."),
+               vbExclamation);
         return 0;
     }
     instance.SetActivator(activateVisibleScreen);

@@ -12,7 +12,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
-#include "platform/SingleInstance.h"
+#include "platform/WorkLock.h"
 #include "platform/VbError.h"
 #include "reporting/JobResults.h"
 #include "reporting/ScanReport.h"
@@ -74,7 +74,7 @@ const char *const Help =
     "  1    the job failed on its way (a catalogue statement, the extract folder)\n"
     "  2    bad arguments\n"
     "  3    no client with that code in the catalogue\n"
-    "  4    the catalogue database cannot be reached\n"
+    "  4    the catalogue database cannot be reached (or was lost during the job)\n"
     "  5    the volume or folder is missing or cannot be read\n"
     "  6    the report cannot be written\n"
     "  7    another KEVRO program (the desktop program or another kevro-check) is working in the same\n"
@@ -91,19 +91,24 @@ void onInterrupt(int)
     g_interrupted = true;
 }
 
+// One line, whatever the driver's or the runtime's text held.
+QString oneLine(const QString &text)
+{
+    QString t = text;
+    t.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    return t.simplified();
+}
+
 int fail(int code, const QString &message)
 {
-    std::fprintf(stderr, "kevro-check: %s\n", qPrintable(message));
+    std::fprintf(stderr, "kevro-check: %s\n", qPrintable(oneLine(message)));
     return code;
 }
 
 // A message box of the shared routines becomes one line on standard error, answered with its first button.
 int warnOnStderr(const MsgBoxRequest &box)
 {
-    QString text = box.prompt;
-    text.replace(QLatin1String("\r\n"), QLatin1String(" "));
-    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(text.simplified()));
+    std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(oneLine(box.prompt)));
     return FirstButtonOf(box.style);
 }
 
@@ -171,18 +176,20 @@ QString parse(const QStringList &args, Arguments &out, bool &help)
     return QString();
 }
 
-// The client's name by its code, read as the main menu reads the clients. Null when there is none.
-QString clientName(Connection &connection, const QString &code)
+// The client's name by its code, read as the main menu reads the clients. False when there is none.
+bool findClient(Connection &connection, const QString &code, QString &name)
 {
     Recordset rs;
     rs.Open(QStringLiteral("SELECT CLIENT_ID, CLIENT_NAME ") + QStringLiteral(" FROM KEVRO_CLIENTS") +
                 QStringLiteral(" ORDER BY CLIENT_NAME ASC"),
             &connection, 3, 3);
     for (; !rs.Eof(); rs.MoveNext()) {
-        if (NullToEmpty(rs.Fields(QStringLiteral("CLIENT_ID"))).toString() == code)
-            return NullToEmpty(rs.Fields(QStringLiteral("CLIENT_NAME"))).toString();
+        if (NullToEmpty(rs.Fields(QStringLiteral("CLIENT_ID"))).toString() == code) {
+            name = NullToEmpty(rs.Fields(QStringLiteral("CLIENT_NAME"))).toString();
+            return true;
+        }
     }
-    return QString();
+    return false;
 }
 
 bool readableFolder(const QString &path)
@@ -272,8 +279,8 @@ int main(int argc, char **argv)
     }
 
     // The extract folder is shared with every KEVRO program of this application folder.
-    SingleInstance instance(InstanceKey());
-    if (!instance.TakeLockWithoutScreens())
+    WorkLock work;
+    if (!work.Take())
         return fail(AnotherProgramWorking, QStringLiteral("another KEVRO program is working in %1; try again when "
                                                           "it has finished")
                                                .arg(AppPath()));
@@ -286,6 +293,7 @@ int main(int argc, char **argv)
     SetMsgBoxPresenter(warnOnStderr);
 
     QString name;
+    bool found = false;
     {
         Connection connection;
         try {
@@ -296,13 +304,13 @@ int main(int argc, char **argv)
                         QStringLiteral("cannot reach the KEVRO catalogue database: %1").arg(e.description));
         }
         try {
-            name = clientName(connection, args.client);
+            found = findClient(connection, args.client, name);
         } catch (const VbError &e) {
             return fail(DatabaseUnreachable, QStringLiteral("cannot read the clients: %1").arg(e.description));
         }
         ResumeNext([&] { connection.Close(); });
     }
-    if (name.isNull())
+    if (!found)
         return fail(UnknownClient, QStringLiteral("no client with the code %1 in the catalogue").arg(args.client));
 
     // The report's settings as the summary screen and the report writer read them.
@@ -360,14 +368,29 @@ int main(int argc, char **argv)
 
     JobResults results;
     progress.stage(QStringLiteral("Judging the executables..."));
+    // The catalogue was there at the start; a connection lost now ends the judgement, not the program,
+    // so that the extract folder is still emptied.
+    SetEndProcessHook([](int) {});
     try {
         results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+    } catch (const ProcessEnded &) {
+        SetEndProcessHook(nullptr);
+        progress.finish();
+        ResetExtractFolder();
+        return fail(DatabaseUnreachable, QStringLiteral("the catalogue database was lost during the job"));
     } catch (const VbError &e) {
+        SetEndProcessHook(nullptr);
         progress.finish();
         ResetExtractFolder();
         return fail(JobFailed, QStringLiteral("the judgement of the executables failed: error %1, %2")
                                    .arg(e.number)
                                    .arg(e.description));
+    }
+    SetEndProcessHook(nullptr);
+    if (g_interrupted) {
+        progress.finish();
+        ResetExtractFolder();
+        return fail(Cancelled, QStringLiteral("cancelled; no report was written"));
     }
     // What each review screen's fill would count; nothing is checked without screens.
     results.video.total = QString::number(CountViewerFiles(ViewerKind::Video));
