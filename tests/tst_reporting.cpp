@@ -781,10 +781,10 @@ void TestReporting::kevroCheckRefusesWhileAnotherWorks()
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     desktop.setProcessEnvironment(env);
     desktop.setProcessChannelMode(QProcess::MergedChannels);
+    const QString before = WriteTestFile(ExtractFolder() + QStringLiteral("/LEFT.ZIP/OLD.EXE"), "old");
     desktop.start(QStringLiteral(KEVRO_BUILD_APP_DIR "/kevro"));
     QVERIFY(desktop.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_app.file("kevro.lock")), 20000);
-    QTest::qWait(500); // past its emptying of the extract folder
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_app.file("kevro.lock")) && !QFile::exists(before), 20000);
     const QString member = WriteTestFile(ExtractFolder() + QStringLiteral("/OTHER.ZIP/KEEP.EXE"), "in use");
     CheckRun r = kevroCheck(args);
     QCOMPARE(r.code, 7);
