@@ -28,6 +28,7 @@ VbError MakeVbError(long number)
         {VbErr::FileAlreadyExists, QStringLiteral("File already exists")},
         {VbErr::DeviceIOError, QStringLiteral("Device I/O error")},
         {VbErr::DiskFull, QStringLiteral("Disk full")},
+        {VbErr::InputPastEndOfFile, QStringLiteral("Input past end of file")},
         {VbErr::DeviceUnavailable, QStringLiteral("Device unavailable")},
         {VbErr::PermissionDenied, QStringLiteral("Permission denied")},
         {VbErr::PathFileAccess, QStringLiteral("Path/File access error")},

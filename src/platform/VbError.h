@@ -29,6 +29,7 @@ constexpr long BadFileName = 52;
 constexpr long FileNotFound = 53;
 constexpr long FileAlreadyExists = 58;
 constexpr long DeviceIOError = 57;
+constexpr long InputPastEndOfFile = 62;
 constexpr long DiskFull = 61;
 constexpr long DeviceUnavailable = 68;
 constexpr long PermissionDenied = 70;

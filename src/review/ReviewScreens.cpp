@@ -3,6 +3,7 @@
 #include "controls/Forms.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
 
 Form *ReviewScreenNamed(const QString &name)
@@ -11,6 +12,8 @@ Form *ReviewScreenNamed(const QString &name)
         return Forms::get<frmScanDisc>();
     if (name == QLatin1String("frmScanResultsEXEs"))
         return Forms::get<frmScanResultsEXEs>();
+    if (name == QLatin1String("frmScanResultsText"))
+        return Forms::get<frmScanResultsText>();
     if (name == QLatin1String("frmScanSummary"))
         return Forms::get<frmScanSummary>();
     return nullptr;

@@ -9,6 +9,7 @@
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsText.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
@@ -122,6 +123,7 @@ void frmScanDisc::PrepareToScan()
         // No result of an earlier scan survives into this one. The viewers of the other kinds join
         // here as they become part of the program.
         Forms::unload<frmScanResultsEXEs>();
+        Forms::unload<frmScanResultsText>();
         Forms::get<frmScanSummary>()->ResetCheckedValues();
     } catch (const VbError &) {
         // The drive text of this message is never set: the letter is missing.

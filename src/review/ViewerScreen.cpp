@@ -1,0 +1,301 @@
+#include "review/ViewerScreen.h"
+
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
+#include "controls/Pictures.h"
+#include "controls/ScreenParts.h"
+#include "platform/MsgBox.h"
+#include "platform/ShellOpen.h"
+#include "platform/Paths.h"
+#include "platform/VbError.h"
+#include "reporting/frmScanSummary.h"
+#include "review/ReviewScreens.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/Progress.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCursor>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QScopedValueRollback>
+
+namespace {
+constexpr int MarkColumn = 0;
+constexpr int PathColumn = 1;
+constexpr int NameColumn = 2;
+constexpr int SizeColumn = 3;
+constexpr int TickColumn = 4;
+constexpr int BlockRows = 500;
+constexpr int LeftButton = 1;
+constexpr int RightButton = 2;
+
+QLabel *store(QWidget *parent, const char *name, const QString &picture)
+{
+    auto *l = Named(new QLabel(parent), name);
+    l->setPixmap(LoadPicture(picture));
+    l->hide();
+    return l;
+}
+
+// A number as the runtime's Str gives it: a leading blank for a number that is not negative.
+QString Str(long n)
+{
+    return n < 0 ? QString::number(n) : QLatin1Char(' ') + QString::number(n);
+}
+} // namespace
+
+ViewerScreen::ViewerScreen(const char *objectName, const QString &title, const Kind &kind, long width, long height)
+    : m_kind(kind)
+{
+    setObjectName(QLatin1String(objectName));
+    setWindowTitle(title);
+    m_central = new QWidget(this);
+    setCentralWidget(m_central);
+    menus = BuildStandardMenus(this);
+    setFixedSize(TwipsToPixels(width), TwipsToPixels(height) + menuBar()->sizeHint().height());
+    BannerPicture(m_central, width);
+
+    m_grid = Named(new FlexGrid(m_central), kind.gridName);
+    m_grid->setSelectionModeValue(FlexGrid::flexSelectionByRow);
+    lblResultComment = Named(new QLabel(m_central), "lblResultComment");
+    lblCurrentPath = Named(new QLabel(m_central), "lblCurrentPath");
+    lblCurrentPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    picZipIcon = store(m_central, "picZipIcon", QStringLiteral("zip"));
+    picHiddenIcon = store(m_central, "picHiddenIcon", QStringLiteral("hidden"));
+    picTick = store(m_central, "picTick", QStringLiteral("tick"));
+    Line1 = RuleLine(m_central, "Line1", "#c9d3de", 240, height - 1020, width - 480);
+    linDark = RuleLine(m_central, "linDark", "#7f8c99", 240, height - 990, width - 480);
+    cmdPrevious = Named(new QPushButton(QStringLiteral("< &Back"), m_central), "cmdPrevious");
+    PlaceTw(cmdPrevious, width - 3060, height - 720, 1260, 450);
+    cmdNext = Named(new QPushButton(QStringLiteral("&Next >"), m_central), "cmdNext");
+    cmdNext->setDefault(true);
+    PlaceTw(cmdNext, width - 1620, height - 720, 1260, 450);
+
+    On(m_grid, &FlexGrid::RowColChange, this, [this] { rowChanged(); });
+    On(m_grid, &FlexGrid::MouseUp, this, [this](int button) { gridMouseUp(button); });
+    On(m_grid, &FlexGrid::MouseMove, this, [this](int button) { gridMouseMove(button); });
+    On(menus.mnuFileExit, &QAction::triggered, this, [] { ExitApplication(); });
+    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
+    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
+    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    // The Scan Engine and Database entries do nothing on the review screens.
+}
+
+void ViewerScreen::Form_QueryUnload(int &, int unloadMode)
+{
+    if (unloadMode == vbFormControlMenu)
+        ExitApplication();
+}
+
+void ViewerScreen::flush(QString &buffer, int total, int batch)
+{
+    FlexGrid *g = m_grid;
+    g->setRows(total + 1);
+    DoEvents();
+    // Each later block starts on the last row the block before it wrote: the heading row is not
+    // counted, so that row is overwritten and the grid's last row stays blank.
+    g->setRow(total - batch);
+    g->setCol(MarkColumn);
+    g->setRowSel(total);
+    g->setColSel(SizeColumn);
+    g->setClip(buffer);
+    buffer.clear();
+}
+
+void ViewerScreen::Fill()
+{
+    FlexGrid *g = m_grid;
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    try {
+        m_checkedCount = 0;
+        int total = 0, batch = 0;
+        g->setRedraw(false);
+        g->setCols(5);
+        g->setColWidth(MarkColumn, long(picZipIcon->pixmap().width()) * TwipsPerPixel + 80);
+        g->setColWidth(PathColumn, 0);
+        g->setColWidth(NameColumn, m_kind.nameWidth);
+        g->setColWidth(SizeColumn, m_kind.sizeWidth);
+        g->setColWidth(TickColumn, long(picTick->pixmap().width()) * TwipsPerPixel);
+        QString buffer = QStringLiteral("\tPath\tFile Name\tFile Size\r");
+        const int last = int(gMediaFiles.size()) - 1;
+        for (int i = 0; i <= last; ++i) {
+            ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] {
+                const QString &path = gMediaFiles[i];
+                if (!m_kind.lists(path))
+                    return;
+                buffer += FileIconKey(path) + QLatin1Char('\t') + path + QLatin1Char('\t') + FileNameOnly(path) +
+                          QLatin1Char('\t') + FileSizeText(path) + QStringLiteral("\t\r");
+                ++total;
+                ++batch;
+            });
+            if (i == last || batch == BlockRows) {
+                if (batch > BlockRows - 1)
+                    UpdateProgressBox(last > 0 ? int(double(i) / last * 100) : 100,
+                                      QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
+                                          QStringLiteral(" internal files..."),
+                                      this);
+                flush(buffer, total, batch);
+                batch = 0;
+            }
+        }
+        UnloadProgressBox();
+        if (g->Rows() > 1)
+            g->setFixedRows(1);
+        else
+            g->setRows(0);
+        lblResultComment->setText(QString::number(total) + m_kind.countText);
+        SummaryTotal(Forms::get<frmScanSummary>())->setText(QString::number(total));
+        if (total > 0) {
+            g->setCol(NameColumn);
+            g->setSort(FlexGrid::flexSortGenericAscending);
+            g->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
+        }
+        // The mark texts become pictures.
+        for (int r = 1; r < g->Rows(); ++r) {
+            const QString mark = g->TextMatrix(r, MarkColumn);
+            if (mark != QLatin1String("Zip") && mark != QLatin1String("Hidden"))
+                continue;
+            g->setCol(MarkColumn);
+            g->setRow(r);
+            g->setText(QString());
+            g->setCellPicture(mark == QLatin1String("Zip") ? picZipIcon->pixmap() : picHiddenIcon->pixmap());
+            g->setColAlignment(MarkColumn, FlexGrid::flexAlignCenterCenter);
+            g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
+        }
+        if (total > 0 && g->TextMatrix(1, PathColumn).isEmpty()) {
+            g->setRow(1);
+            g->RemoveItem(1);
+            g->setRowSel(1);
+        }
+        if (g->Rows() > 0) {
+            g->setRow(0);
+            g->setCol(MarkColumn);
+        }
+        g->setRedraw(true);
+        g->setVisible(true);
+    } catch (const VbError &e) {
+        MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occured."), vbExclamation);
+    }
+}
+
+QString ViewerScreen::ShowPath()
+{
+    const QString path = m_grid->TextMatrix(m_grid->Row(), PathColumn);
+    const QString extract = AppPath() + QStringLiteral("/extract");
+    if (path.left(extract.size()) == extract.toUpper())
+        m_grid->setToolTipText(QStringLiteral("Archive file: ") + path.mid(extract.size()));
+    else
+        m_grid->setToolTipText(path);
+    lblCurrentPath->setText(path);
+    return path;
+}
+
+void ViewerScreen::TickRow()
+{
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    FlexGrid *g = m_grid;
+    g->setCol(TickColumn);
+    if (!g->CellPicture().isNull())
+        return; // a row is ticked once, however often it is visited
+    g->setCellPicture(picTick->pixmap());
+    if (m_kind.centreTick)
+        g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
+    ++m_checkedCount;
+    AddCheckedItem(g->TextMatrix(g->Row(), PathColumn) + QStringLiteral(" (") + g->TextMatrix(g->Row(), SizeColumn) +
+                       QLatin1Char(')'),
+                   m_kind.kindWord);
+    g->setCol(MarkColumn);
+}
+
+void ViewerScreen::rowChanged()
+{
+    if (m_busy || m_grid->Rows() < 2 || m_grid->Row() < 1)
+        return;
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    SelectRow();
+}
+
+void ViewerScreen::gridMouseUp(int button)
+{
+    FlexGrid *g = m_grid;
+    if (button == RightButton) {
+        if (g->Rows() > 0 && g->MouseRow() >= 1)
+            ContextMenu()->popup(QCursor::pos());
+        return;
+    }
+    if (button != LeftButton || g->MouseRow() >= 1 || g->Rows() < 1)
+        return;
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    // Any heading but the size's sorts by name.
+    g->setCol(g->MouseCol() == SizeColumn ? SizeColumn : NameColumn);
+    if (g->Col() == NameColumn) {
+        g->setSort(m_nameSortAscending ? FlexGrid::flexSortGenericDescending : FlexGrid::flexSortGenericAscending);
+        m_nameSortAscending = !m_nameSortAscending;
+    } else {
+        g->setSort(m_sizeSortAscending ? FlexGrid::flexSortNumericDescending : FlexGrid::flexSortNumericAscending);
+        m_sizeSortAscending = !m_sizeSortAscending;
+    }
+    g->setCol(MarkColumn);
+    g->setRow(0);
+}
+
+void ViewerScreen::gridMouseMove(int button)
+{
+    FlexGrid *g = m_grid;
+    if (button != LeftButton || g->RowSel() == g->Row() || m_busy)
+        return;
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    g->setRow(g->RowSel());
+    if (g->Row() >= 1)
+        SelectRow();
+}
+
+void ViewerScreen::WriteCheckedLabel()
+{
+    SummaryChecked(Forms::get<frmScanSummary>())->setText(QString::number(m_checkedCount));
+}
+
+void ViewerScreen::GoNext(const Chain &chain, bool checkedFirst)
+{
+    QString next;
+    for (const auto &[box, name] : chain) {
+        if (!box || box->isChecked()) {
+            next = name;
+            break;
+        }
+    }
+    Form *target = ReviewScreenNamed(next);
+    if (!target)
+        return; // that screen is not part of the program yet
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    if (checkedFirst)
+        WriteCheckedLabel();
+    target->Move(Left(), Top());
+    target->show();
+    hide();
+    if (!checkedFirst)
+        WriteCheckedLabel();
+    QApplication::restoreOverrideCursor();
+}
+
+void ViewerScreen::GoBack(const Chain &chain)
+{
+    QString previous;
+    for (const auto &[box, name] : chain) {
+        if (!box || box->isChecked()) {
+            previous = name;
+            break;
+        }
+    }
+    Form *target = ReviewScreenNamed(previous);
+    if (!target)
+        return;
+    target->Move(Left(), Top());
+    target->show();
+    hide();
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "controls/Menus.h"
+
+#include <QList>
+#include <QPair>
+#include <QString>
+
+#include <cstdint>
+
+class FlexGrid;
+class QCheckBox;
+class QFrame;
+class QLabel;
+class QMenu;
+class QPushButton;
+class frmScanSummary;
+
+// The pattern every review screen of one kind of file follows: a grid filled from the scan's list in
+// blocks, archive and hidden marks, a tick when the operator has opened a file, sorting by the
+// headings, the chain of screens, and the way the ticks reach the summary. A screen adds its own
+// selection procedure (what opening a file means) and what it shows beside the grid.
+class ViewerScreen : public Form
+{
+    Q_OBJECT
+public:
+    FlexGrid *Grid() const { return m_grid; }
+    int16_t CheckedCount() const { return m_checkedCount; }
+
+    QLabel *lblResultComment = nullptr;
+    QLabel *lblCurrentPath = nullptr;
+    QLabel *picZipIcon = nullptr;
+    QLabel *picHiddenIcon = nullptr;
+    QLabel *picTick = nullptr;
+    QPushButton *cmdPrevious = nullptr;
+    QPushButton *cmdNext = nullptr;
+    QFrame *Line1 = nullptr;
+    QFrame *linDark = nullptr;
+    StandardMenus menus;
+
+protected:
+    // What differs between the screens: the grid's name, the widths of the name and size columns, the
+    // count text, the kind word of a tick, whether the tick column is centred, and which files it lists.
+    struct Kind {
+        const char *gridName;
+        long nameWidth;
+        long sizeWidth;
+        QString countText;
+        QString kindWord;
+        bool centreTick;
+        bool (*lists)(const QString &path);
+    };
+    ViewerScreen(const char *objectName, const QString &title, const Kind &kind, long width, long height);
+
+    // The screen's own selection procedure: show (and tick) the file of the current row.
+    virtual void SelectRow() = 0;
+    // The summary's total and checked labels of this kind.
+    virtual QLabel *SummaryTotal(frmScanSummary *summary) const = 0;
+    virtual QLabel *SummaryChecked(frmScanSummary *summary) const = 0;
+    // The grid's right-button pop-up.
+    virtual QMenu *ContextMenu() const = 0;
+
+    void Form_QueryUnload(int &cancel, int unloadMode) override;
+
+    // The fill from gMediaFiles in text blocks of at most 500 rows.
+    void Fill();
+    // Ticks the current row once; the kind word goes with the CheckedItem.
+    void TickRow();
+    // The row's path on the grid's tool tip ("Archive file: " and the path behind the extract folder for
+    // a member) and on lblCurrentPath; returns the path.
+    QString ShowPath();
+    // The chain: the first screen whose box is ticked, else the last one named (the summary or the set-up).
+    using Chain = QList<QPair<QCheckBox *, QString>>;
+    void GoNext(const Chain &chain, bool checkedFirst);
+    void GoBack(const Chain &chain);
+    void WriteCheckedLabel();
+
+    // True while the screen itself moves the grid's current cell: no selection procedure then.
+    bool m_busy = false;
+    QWidget *m_central = nullptr;
+
+private:
+    void flush(QString &buffer, int total, int batch);
+    void gridMouseUp(int button);
+    void gridMouseMove(int button);
+    void rowChanged();
+
+    Kind m_kind;
+    FlexGrid *m_grid = nullptr;
+    int16_t m_checkedCount = 0;
+    bool m_nameSortAscending = false;
+    bool m_sizeSortAscending = false;
+};

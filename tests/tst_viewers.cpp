@@ -1,0 +1,332 @@
+// The review screens of one kind of file, as an operator uses them: the fill in blocks of 500 with its
+// kept overwrite, the marks, a tick on opening and none on a failed open or a second visit, the heading
+// sorts, the chain of screens with its asymmetric tests, and the checked number on the summary.
+
+#include "CatalogueFixture.h"
+#include "DiscFixture.h"
+#include "Operator.h"
+#include "TestSupport.h"
+
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
+#include "platform/MsgBox.h"
+#include "platform/ShellOpen.h"
+#include "reporting/frmScanSummary.h"
+#include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsText.h"
+#include "scan/frmScanDisc.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/Progress.h"
+
+#include <QCheckBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+namespace {
+
+QPoint cellCentre(FlexGrid *grid, int row, int col)
+{
+    // Row 0 is the heading when the grid has one: the view's rows start below it.
+    return grid->visualRect(grid->model()->index(row - grid->FixedRows(), col)).center();
+}
+
+void clickRow(FlexGrid *grid, int row)
+{
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, row, 2));
+}
+
+int rowOf(FlexGrid *grid, const QString &fileName)
+{
+    for (int r = 1; r < grid->Rows(); ++r)
+        if (grid->TextMatrix(r, 2) == fileName)
+            return r;
+    return -1;
+}
+
+QStringList column(FlexGrid *grid, int col)
+{
+    QStringList out;
+    for (int r = 1; r < grid->Rows(); ++r)
+        out << grid->TextMatrix(r, col);
+    return out;
+}
+
+} // namespace
+
+class TestViewers final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void textScreenFillsMarksAndTicks();
+    void badTextFiles();
+    void blocksOf500_data();
+    void blocksOf500();
+    void sortingAndTheChain();
+
+private:
+    frmScanResultsText *textScreen();
+
+    TempAppFolder m_app;
+    CatalogueFixture m_catalogue;
+    QStringList m_opened;
+    QStringList m_progress;
+};
+
+void TestViewers::initTestCase()
+{
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+    SetShellExecuteLauncher([this](const ShellExecuteRequest &r) {
+        m_opened << r.file;
+        return 42L;
+    });
+    QCOMPARE(m_catalogue.create(QStringLiteral("sqlite"), m_app.path()), QString());
+}
+
+void TestViewers::init()
+{
+    WriteIniKey("Devices", "DefaultDevice", m_app.path());
+    m_opened.clear();
+    m_progress.clear();
+    ResetList(gMediaFiles);
+    ResetList(gExternalFiles);
+    ResetList(gCheckedItems);
+}
+
+void TestViewers::cleanup()
+{
+    for (QWidget *w : QApplication::topLevelWidgets())
+        w->hide();
+    Forms::unload<frmScanResultsText>();
+    Forms::unload<frmScanResultsEXEs>();
+    Forms::unload<frmScanSummary>();
+    Forms::unload<frmScanDisc>();
+}
+
+frmScanResultsText *TestViewers::textScreen()
+{
+    auto *s = Forms::get<frmScanResultsText>();
+    s->show();
+    return s;
+}
+
+void TestViewers::textScreenFillsMarksAndTicks()
+{
+    Disc disc;
+    const QString notes = disc.add(QStringLiteral("DOCS/NOTES.TXT"), 40);
+    WriteTestFile(QFileInfo(disc.root() + QStringLiteral("/DOCS/NOTES.TXT")).absoluteFilePath(), "release notes\n");
+    disc.add(QStringLiteral("CREDITS.NFO"));
+    disc.add(QStringLiteral("SETUP.INI"));
+    disc.add(QStringLiteral("READ.ME"));
+    disc.add(QStringLiteral("INSTALL.README"));
+    disc.add(QStringLiteral("DOCS/.DRAFT.TXT"));
+    const QString member = disc.addMember(QStringLiteral("SETUP/DATA.ZIP/GUIDE.TXT"), 2000);
+    disc.add(QStringLiteral("PROGRAMME"));
+    disc.add(QStringLiteral("PICTURE.JPG"));
+    gMediaFiles = disc.files();
+    auto *s = textScreen();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("7 text files found"));
+    QCOMPARE(Forms::get<frmScanSummary>()->lblTextTotal->text(), QStringLiteral("7"));
+    QCOMPARE(column(grid, 2), (QStringList{".DRAFT.TXT", "CREDITS.NFO", "GUIDE.TXT", "INSTALL.README", "NOTES.TXT",
+                                           "READ.ME", "SETUP.INI"}));
+    QCOMPARE(grid->TextMatrix(0, 1), QStringLiteral("Path"));
+    QCOMPARE(grid->ColWidth(1), 0L);
+    QCOMPARE(grid->ColWidth(2), 2420L);
+    QCOMPARE(grid->ColWidth(3), 800L);
+    // The marks are pictures, their texts gone; a plain file has neither.
+    const int hidden = rowOf(grid, ".DRAFT.TXT"), zipped = rowOf(grid, "GUIDE.TXT"), plain = rowOf(grid, "NOTES.TXT");
+    QVERIFY(grid->HasCellPicture(hidden, 0) && grid->HasCellPicture(zipped, 0) && !grid->HasCellPicture(plain, 0));
+    QCOMPARE(grid->TextMatrix(zipped, 0), QString());
+    QCOMPARE(grid->TextMatrix(zipped, 1), member);
+    QCOMPARE(grid->TextMatrix(zipped, 3), QStringLiteral("2 KB"));
+
+    // Opening a file shows it and ticks it once, however often it is visited.
+    clickRow(grid, plain);
+    QCOMPARE(Control<QPlainTextEdit>(s, "txtSelectedText")->toPlainText(), QStringLiteral("release notes\n"));
+    QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), notes);
+    QCOMPARE(grid->ToolTipText(), notes);
+    QVERIFY(grid->HasCellPicture(plain, 4));
+    QCOMPARE(gCheckedItems.size(), 1);
+    QCOMPARE(gCheckedItems[0].text, notes + QStringLiteral(" (1 KB)"));
+    QCOMPARE(gCheckedItems[0].kind, QStringLiteral("Text"));
+    clickRow(grid, zipped);
+    QCOMPARE(grid->ToolTipText(), QStringLiteral("Archive file: /SETUP/DATA.ZIP/GUIDE.TXT"));
+    clickRow(grid, plain);
+    QCOMPARE(gCheckedItems.size(), 2);
+    QCOMPARE(s->CheckedCount(), int16_t(2));
+
+    // A double click and the context entry open without a tick; handing files to the default viewer
+    // opens the current one without a tick, and each file selected then is opened and ticked.
+    const int readMe = rowOf(grid, "READ.ME");
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, readMe, 2));
+    QCOMPARE(m_opened.size(), 1);
+    QVERIFY(!grid->HasCellPicture(readMe, 4));
+    m_opened.clear();
+    clickRow(grid, plain);
+    Click(Control<QCheckBox>(s, "chkSendToIE"));
+    QCOMPARE(m_opened.size(), 1);
+    QVERIFY(m_opened[0].endsWith(QStringLiteral("NOTES.TXT"), Qt::CaseInsensitive));
+    QVERIFY(!Control<QPlainTextEdit>(s, "txtSelectedText")->isEnabled());
+    const int ini = rowOf(grid, "SETUP.INI");
+    clickRow(grid, ini);
+    QCOMPARE(m_opened.size(), 2);
+    QVERIFY(grid->HasCellPicture(ini, 4));
+    QCOMPARE(gCheckedItems.size(), 3);
+}
+
+void TestViewers::badTextFiles()
+{
+    Disc disc;
+    const QString eof = disc.add(QStringLiteral("EOF.TXT"));
+    WriteTestFile(disc.root() + QStringLiteral("/EOF.TXT"), QByteArray("before\x1a" "after", 12));
+    disc.add(QStringLiteral("NUL.TXT"));
+    WriteTestFile(disc.root() + QStringLiteral("/NUL.TXT"), QByteArray("shown\0hidden", 12));
+    disc.add(QStringLiteral("BIG.TXT"));
+    QFile big(disc.root() + QStringLiteral("/BIG.TXT"));
+    QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(frmScanResultsText::TextBoxLimit + 1));
+    big.close();
+    const QString gone = disc.add(QStringLiteral("GONE.TXT"));
+    gMediaFiles = disc.files();
+    auto *s = textScreen();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+    auto *text = Control<QPlainTextEdit>(s, "txtSelectedText");
+    QFile::remove(disc.root() + QStringLiteral("/GONE.TXT"));
+
+    MsgBoxResponder boxes;
+    const QString cannot = QStringLiteral("Can not display file as text.");
+    boxes.queue(vbOK, 2);
+    clickRow(grid, rowOf(grid, "EOF.TXT"));
+    clickRow(grid, rowOf(grid, "GONE.TXT"));
+    QCOMPARE(boxes.prompts(), (QStringList{cannot, cannot}));
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+    QVERIFY(!grid->HasCellPicture(rowOf(grid, "EOF.TXT"), 4) && !grid->HasCellPicture(rowOf(grid, "GONE.TXT"), 4));
+
+    // A NUL ends what the text box shows.
+    clickRow(grid, rowOf(grid, "NUL.TXT"));
+    QCOMPARE(text->toPlainText(), QStringLiteral("shown"));
+    QVERIFY(grid->HasCellPicture(rowOf(grid, "NUL.TXT"), 4));
+
+    // Too large for the box: the question; Yes opens it elsewhere, and neither answer ticks.
+    const QString tooLarge =
+        QStringLiteral("Text file is too large to display, would you like to open it in the default viewer?");
+    boxes.clear();
+    boxes.queue(vbNo);
+    boxes.queue(vbYes);
+    const int bigRow = rowOf(grid, "BIG.TXT");
+    clickRow(grid, bigRow);
+    clickRow(grid, rowOf(grid, "NUL.TXT"));
+    clickRow(grid, bigRow);
+    QCOMPARE(boxes.prompts(), (QStringList{tooLarge, tooLarge}));
+    QCOMPARE(boxes.boxes()[0].style, vbYesNo | vbExclamation);
+    QCOMPARE(m_opened.size(), 1);
+    QVERIFY(!grid->HasCellPicture(bigRow, 4));
+    QCOMPARE(gCheckedItems.size(), 1);
+    Q_UNUSED(eof);
+    Q_UNUSED(gone);
+}
+
+void TestViewers::blocksOf500_data()
+{
+    QTest::addColumn<int>("matches");
+    QTest::newRow("499") << 499;
+    QTest::newRow("500") << 500;
+    QTest::newRow("501") << 501;
+}
+
+void TestViewers::blocksOf500()
+{
+    QFETCH(int, matches);
+    SetProgressSink({[this](int percent, const QString &t) { m_progress << QStringLiteral("%1 %2").arg(percent).arg(t); },
+                     [] {}});
+    // Files that are not there: their sizes read "Error", and they are listed all the same.
+    for (int i = 1; i <= matches; ++i) {
+        AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.TXT").arg(i, 4, 10, QLatin1Char('0')));
+        AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.JPG").arg(i, 4, 10, QLatin1Char('0')));
+    }
+    auto *s = textScreen();
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QString::number(matches) + " text files found");
+    const QStringList names = column(grid, 2);
+    if (matches <= 500) {
+        QCOMPARE(grid->Rows(), matches + 1);
+        QCOMPARE(names.first(), QStringLiteral("F0001.TXT"));
+        QCOMPARE(names.last(), QStringLiteral("F%1.TXT").arg(matches, 4, 10, QLatin1Char('0')));
+        QCOMPARE(m_progress.size(), matches == 500 ? 1 : 0);
+        if (matches == 500) // the 500th match is the 999th entry of 1,000
+            QCOMPARE(m_progress.first(), QStringLiteral("99 Processed 998 of 999 internal files..."));
+    } else {
+        // The second block's first row overwrote the first block's last; the blank last row sorted to
+        // the top and was removed.
+        QCOMPARE(grid->Rows(), 501);
+        QVERIFY(!names.contains(QStringLiteral("F0500.TXT")));
+        QCOMPARE(names.last(), QStringLiteral("F0501.TXT"));
+        QVERIFY(!names.contains(QString()));
+    }
+    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Error"));
+}
+
+void TestViewers::sortingAndTheChain()
+{
+    Disc disc;
+    disc.add(QStringLiteral("B.TXT"), 300);
+    disc.add(QStringLiteral("A.TXT"), 9000);
+    disc.add(QStringLiteral("C.TXT"), 2000);
+    gMediaFiles = disc.files();
+    auto *s = textScreen();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+    QHeaderView *heading = grid->horizontalHeader();
+    const auto clickHeading = [&](int col) {
+        const QPoint at(heading->sectionViewportPosition(col) + heading->sectionSize(col) / 2, heading->height() / 2);
+        QTest::mouseClick(heading->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    };
+    QCOMPARE(column(grid, 2), (QStringList{"A.TXT", "B.TXT", "C.TXT"}));
+    clickHeading(2); // the first click sorts ascending again
+    QCOMPARE(column(grid, 2), (QStringList{"A.TXT", "B.TXT", "C.TXT"}));
+    clickHeading(2);
+    QCOMPARE(column(grid, 2), (QStringList{"C.TXT", "B.TXT", "A.TXT"}));
+    clickHeading(3);
+    QCOMPARE(column(grid, 3), (QStringList{"1 KB", "2 KB", "9 KB"}));
+    clickHeading(3);
+    QCOMPARE(column(grid, 3), (QStringList{"9 KB", "2 KB", "1 KB"}));
+    clickRow(grid, 1);
+    QCOMPARE(s->CheckedCount(), int16_t(1));
+
+    // Next with no external files to review: the summary, which gets the checked number only now.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkOtherFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    auto *summary = Forms::get<frmScanSummary>();
+    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("0"));
+    Click(Control<QPushButton>(s, "cmdNext"));
+    QVERIFY(summary->isVisible() && s->isHidden() && Forms::isLoaded<frmScanResultsText>());
+    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("1"));
+    // The summary's Back comes to this screen, which kept its ticks.
+    Click(Control<QPushButton>(summary, "cmdPrevious"));
+    QVERIFY(s->isVisible() && grid->HasCellPicture(1, 4));
+
+    // Back reaches the application viewer when only programs were asked for besides text...
+    Click(Control<QPushButton>(s, "cmdPrevious"));
+    QVERIFY(Forms::get<frmScanResultsEXEs>()->isVisible() && s->isHidden());
+    // ...whose Next comes back here; and without any other kind, Back goes to the scan set-up.
+    Click(Control<QPushButton>(Forms::get<frmScanResultsEXEs>(), "cmdNext"));
+    QVERIFY(s->isVisible());
+    Control<QCheckBox>(scan, "chkEXEFiles")->setChecked(false);
+    Click(Control<QPushButton>(s, "cmdPrevious"));
+    QVERIFY(scan->isVisible() && s->isHidden());
+    // A new scan's preparation unloads the screen.
+    scan->PrepareToScan();
+    QVERIFY(!Forms::isLoaded<frmScanResultsText>());
+}
+
+QTEST_MAIN(TestViewers)
+#include "tst_viewers.moc"
