@@ -23,6 +23,8 @@
 #include "review/ExeEvaluation.h"
 #include "review/ViewerFiles.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsOther.h"
+#include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
@@ -198,6 +200,8 @@ void TestReporting::cleanup()
     for (QWidget *w : QApplication::topLevelWidgets())
         w->hide();
     Forms::unload<frmScanResultsEXEs>();
+    Forms::unload<frmScanResultsText>();
+    Forms::unload<frmScanResultsOther>();
     Forms::unload<frmScanSummary>();
     Forms::unload<frmReportViewer>();
     Forms::unload<frmScanDisc>();
@@ -633,9 +637,13 @@ void TestReporting::wholeJobThroughTheScreens()
     WriteTestFile(disc + QStringLiteral("/Bin/zeta.exe"), QByteArray(9000, 'z'));
     WriteTestFile(disc + QStringLiteral("/Bin/O'Brien's/OBRIEN.EXE"), QByteArray(1500, 'o'));
     WriteTestFile(disc + QStringLiteral("/Tools/MYSTERY.EXE"), QByteArray(700, 'm'));
+    WriteTestFile(disc + QStringLiteral("/README.TXT"), "Insert the disc.");
+    WriteTestFile(disc + QStringLiteral("/AUTORUN.INF"), "[autorun]");
+    WriteTestFile(disc + QStringLiteral("/Tools/DISC.DLL"), QByteArray(3000, 'd'));
     QDir().mkpath(disc + QStringLiteral("/Setup"));
     QVERIFY(!WriteArchive(disc + QStringLiteral("/Setup/DATA.ZIP"),
-                          {{"PROGRAM/ZETA.EXE", QByteArray(9000, 'z')}, {"PROGRAM/HELPER.EXE", QByteArray(2100, 'h')}})
+                          {{"PROGRAM/ZETA.EXE", QByteArray(9000, 'z')}, {"PROGRAM/HELPER.EXE", QByteArray(2100, 'h')},
+                     {"PROGRAM/GUIDE.TXT", QByteArray(1500, 'g')}})
                  .isEmpty());
     WriteIniKey("Devices", "DefaultDevice", disc);
     WriteIniKey("Reports", "DefaultReportType", html ? "HTML" : "TEXT");
@@ -652,19 +660,27 @@ void TestReporting::wholeJobThroughTheScreens()
     auto *scan = shown<frmScanDisc>();
     QVERIFY(scan);
     QCOMPARE(scan->Drive1->Drive(), disc);
-    // Only the programs are reviewed here.
-    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles", "chkOtherFiles"})
+    // The programs, the text files and the external files are reviewed here, nothing ticked.
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles"})
         Click(Control<QCheckBox>(scan, box));
     Click(Control<QPushButton>(scan, "cmdNext"));
     auto *exes = shown<frmScanResultsEXEs>();
     QVERIFY(exes);
     QCOMPARE(exes->lblLicensedPrograms->text(), QStringLiteral("Licensed Applications - 2"));
     Click(Control<QPushButton>(exes, "cmdNext"));
+    auto *text = shown<frmScanResultsText>();
+    QVERIFY(text);
+    Click(Control<QPushButton>(text, "cmdNext"));
+    auto *other = shown<frmScanResultsOther>();
+    QVERIFY(other);
+    Click(Control<QPushButton>(other, "cmdNext"));
     auto *summary = shown<frmScanSummary>();
     QVERIFY(summary);
     QCOMPARE(summary->lblLicensedTotal->text(), QStringLiteral("2"));
     QCOMPARE(summary->lblUnlicensedTotal->text(), QStringLiteral("1"));
     QCOMPARE(summary->lblUnknownTotal->text(), QStringLiteral("2"));
+    QCOMPARE(summary->lblTextTotal->text(), QStringLiteral("2"));
+    QCOMPARE(summary->lblExternalTotal->text(), QStringLiteral("2"));
     QCOMPARE(summary->optText->isChecked(), !html);
     Click(Control<QPushButton>(summary, "cmdPrintReport"));
     QCOMPARE(boxes.prompts(), QStringList());

@@ -13,6 +13,7 @@
 #include "platform/ShellOpen.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
 #include "shell/MainMod.h"
@@ -22,6 +23,7 @@
 #include <QCheckBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 
@@ -36,6 +38,13 @@ QPoint cellCentre(FlexGrid *grid, int row, int col)
 void clickRow(FlexGrid *grid, int row)
 {
     QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, row, 2));
+}
+
+// A double click as the mouse makes it: the first press selects the row.
+void doubleClickRow(FlexGrid *grid, int row)
+{
+    clickRow(grid, row);
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, row, 2));
 }
 
 int rowOf(FlexGrid *grid, const QString &fileName)
@@ -68,6 +77,7 @@ private Q_SLOTS:
     void blocksOf500_data();
     void blocksOf500();
     void sortingAndTheChain();
+    void externalScreen();
 
 private:
     frmScanResultsText *textScreen();
@@ -75,6 +85,7 @@ private:
     TempAppFolder m_app;
     CatalogueFixture m_catalogue;
     QStringList m_opened;
+    long m_openResult = 42;
     QStringList m_progress;
 };
 
@@ -84,7 +95,7 @@ void TestViewers::initTestCase()
     RefuseBoxesWithoutResponder();
     SetShellExecuteLauncher([this](const ShellExecuteRequest &r) {
         m_opened << r.file;
-        return 42L;
+        return m_openResult;
     });
     QCOMPARE(m_catalogue.create(QStringLiteral("sqlite"), m_app.path()), QString());
 }
@@ -93,6 +104,7 @@ void TestViewers::init()
 {
     WriteIniKey("Devices", "DefaultDevice", m_app.path());
     m_opened.clear();
+    m_openResult = 42;
     m_progress.clear();
     ResetList(gMediaFiles);
     ResetList(gExternalFiles);
@@ -104,6 +116,7 @@ void TestViewers::cleanup()
     for (QWidget *w : QApplication::topLevelWidgets())
         w->hide();
     Forms::unload<frmScanResultsText>();
+    Forms::unload<frmScanResultsOther>();
     Forms::unload<frmScanResultsEXEs>();
     Forms::unload<frmScanSummary>();
     Forms::unload<frmScanDisc>();
@@ -163,12 +176,14 @@ void TestViewers::textScreenFillsMarksAndTicks()
     QCOMPARE(gCheckedItems.size(), 2);
     QCOMPARE(s->CheckedCount(), int16_t(2));
 
-    // A double click and the context entry open without a tick; handing files to the default viewer
-    // opens the current one without a tick, and each file selected then is opened and ticked.
+    // A double click opens the file with the desktop's viewer and adds no tick of its own (its first
+    // press selected the row, which showed and ticked it); handing files to the default viewer opens
+    // the current one without a tick, and each file selected then is opened and ticked.
     const int readMe = rowOf(grid, "READ.ME");
-    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, readMe, 2));
+    doubleClickRow(grid, readMe);
     QCOMPARE(m_opened.size(), 1);
-    QVERIFY(!grid->HasCellPicture(readMe, 4));
+    QVERIFY(m_opened[0].endsWith(QStringLiteral("READ.ME"), Qt::CaseInsensitive));
+    QCOMPARE(gCheckedItems.size(), 3);
     m_opened.clear();
     clickRow(grid, plain);
     Click(Control<QCheckBox>(s, "chkSendToIE"));
@@ -179,7 +194,7 @@ void TestViewers::textScreenFillsMarksAndTicks()
     clickRow(grid, ini);
     QCOMPARE(m_opened.size(), 2);
     QVERIFY(grid->HasCellPicture(ini, 4));
-    QCOMPARE(gCheckedItems.size(), 3);
+    QCOMPARE(gCheckedItems.size(), 4);
 }
 
 void TestViewers::badTextFiles()
@@ -326,6 +341,99 @@ void TestViewers::sortingAndTheChain()
     // A new scan's preparation unloads the screen.
     scan->PrepareToScan();
     QVERIFY(!Forms::isLoaded<frmScanResultsText>());
+}
+
+void TestViewers::externalScreen()
+{
+    Disc disc;
+    const QString autorun = disc.add(QStringLiteral("AUTORUN.INF"), 60);
+    disc.add(QStringLiteral("DATA.XYZ"), 3000);
+    const QString manual = disc.add(QStringLiteral("DOCS/MANUAL.PDF"), 2048);
+    disc.add(QStringLiteral(".DISCINFO"), 10);
+    disc.addMember(QStringLiteral("SETUP/DATA.ZIP/LIB.DLL"), 5000);
+    disc.add(QStringLiteral("GONE.BIN"), 10);
+    disc.add(QStringLiteral("MOVIE.AVI"), 4000); // a media file: on disc, not in this list
+    gExternalFiles = disc.files();
+    gExternalFiles.removeAll(disc.files().last());
+    QFile::remove(disc.root() + QStringLiteral("/GONE.BIN"));
+    gScanDrive = disc.root();
+    auto *s = Forms::get<frmScanResultsOther>();
+    s->show();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+    auto *details = Control<QLabel>(s, "lblFileDetails");
+    auto *summary = Forms::get<frmScanSummary>();
+
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("5 unknown files found"));
+    QCOMPARE(summary->lblExternalTotal->text(), QStringLiteral("5"));
+    // In the list's order (this screen does not sort), sizes in whole KB, the extension apart.
+    QCOMPARE(column(grid, 2), (QStringList{"AUTORUN.INF", "DATA.XYZ", "MANUAL.PDF", ".DISCINFO", "LIB.DLL"}));
+    QCOMPARE(column(grid, 3), (QStringList{"0 KB", "3 KB", "2 KB", "0 KB", "5 KB"}));
+    QCOMPARE(column(grid, 4), (QStringList{"INF", "XYZ", "PDF", "DISCINFO", "DLL"}));
+    QCOMPARE(grid->ColWidth(2), 5610L);
+    QCOMPARE(grid->ColWidth(4), 1000L);
+    QVERIFY(grid->HasCellPicture(4, 0) && grid->HasCellPicture(5, 0) && !grid->HasCellPicture(1, 0));
+    const double external = (60 + 3000 + 2048 + 10 + 5000) / 1024.0 / 1024.0;
+    const double all = (60 + 3000 + 2048 + 10 + 4000) / 1024.0 / 1024.0; // the disc itself, members not
+    QCOMPARE(details->text(), QStringLiteral("External Files %1 MB / Total Files (Uncompressed) %2 MB")
+                                  .arg(external, 0, 'f', 2)
+                                  .arg(all, 0, 'f', 2));
+
+    // Selecting only shows the path; a double click opens and ticks, once.
+    clickRow(grid, 1);
+    QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), autorun);
+    QVERIFY(m_opened.isEmpty() && !grid->HasCellPicture(1, 5));
+    const int pdf = 3;
+    doubleClickRow(grid, pdf);
+    doubleClickRow(grid, pdf);
+    QCOMPARE(m_opened.size(), 2);
+    QVERIFY(grid->HasCellPicture(pdf, 5));
+    QCOMPARE(gCheckedItems.size(), 1);
+    QCOMPARE(gCheckedItems[0].text, manual + QStringLiteral(" (2 KB)"));
+    QCOMPARE(gCheckedItems[0].kind, QStringLiteral("External"));
+    // With no program for the file the helper says so, and the row is ticked all the same.
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    m_openResult = 31;
+    doubleClickRow(grid, 2);
+    QCOMPARE(boxes.prompts(), QStringList{QStringLiteral("No program is associated with this file-extension.")});
+    QVERIFY(grid->HasCellPicture(2, 5));
+    QCOMPARE(s->CheckedCount(), int16_t(2));
+    m_openResult = 42;
+
+    // The extension heading and the name heading share one direction.
+    QHeaderView *heading = grid->horizontalHeader();
+    const auto clickHeading = [&](int col) {
+        const QPoint at(heading->sectionViewportPosition(col) + heading->sectionSize(col) / 2, heading->height() / 2);
+        QTest::mouseClick(heading->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    };
+    clickHeading(4);
+    QCOMPARE(column(grid, 4), (QStringList{"DISCINFO", "DLL", "INF", "PDF", "XYZ"}));
+    clickHeading(2);
+    QCOMPARE(column(grid, 2), (QStringList{"MANUAL.PDF", "LIB.DLL", "DATA.XYZ", "AUTORUN.INF", ".DISCINFO"}));
+
+    // A new limit, any tail, case-blind: the ticks and the count start again, the records stay, and a
+    // second opening of the same file adds a second record. The summary's total follows the limit.
+    auto *limit = Control<QLineEdit>(s, "txtExtensionLimiter");
+    QTest::keyClicks(limit, QStringLiteral(".pdf"));
+    Click(Control<QPushButton>(s, "cmdGo"));
+    QCOMPARE(column(grid, 2), QStringList{"MANUAL.PDF"});
+    QCOMPARE(summary->lblExternalTotal->text(), QStringLiteral("1"));
+    QVERIFY(!grid->HasCellPicture(1, 5));
+    QCOMPARE(s->CheckedCount(), int16_t(0));
+    doubleClickRow(grid, 1);
+    QCOMPARE(gCheckedItems.size(), 3);
+    QCOMPARE(gCheckedItems[2].text, manual + QStringLiteral(" (2 KB)"));
+    ClearText(limit);
+    QTest::keyClicks(limit, QStringLiteral("zz"));
+    QTest::keyClick(limit, Qt::Key_Return);
+    QCOMPARE(grid->Rows(), 0);
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("0 unknown files found"));
+    QVERIFY(details->text().startsWith(QStringLiteral("External Files %1 MB").arg(external, 0, 'f', 2)));
+
+    // Next: the summary, which gets this screen's checked number.
+    Click(Control<QPushButton>(s, "cmdNext"));
+    QVERIFY(summary->isVisible() && s->isHidden());
+    QCOMPARE(summary->lblExternalChecked->text(), QStringLiteral("0"));
 }
 
 QTEST_MAIN(TestViewers)

@@ -3,6 +3,7 @@
 #include "controls/Forms.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
 
@@ -14,6 +15,8 @@ Form *ReviewScreenNamed(const QString &name)
         return Forms::get<frmScanResultsEXEs>();
     if (name == QLatin1String("frmScanResultsText"))
         return Forms::get<frmScanResultsText>();
+    if (name == QLatin1String("frmScanResultsOther"))
+        return Forms::get<frmScanResultsOther>();
     if (name == QLatin1String("frmScanSummary"))
         return Forms::get<frmScanSummary>();
     return nullptr;

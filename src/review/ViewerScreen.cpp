@@ -92,7 +92,7 @@ void ViewerScreen::Form_QueryUnload(int &, int unloadMode)
         ExitApplication();
 }
 
-void ViewerScreen::flush(QString &buffer, int total, int batch)
+void ViewerScreen::FlushBlock(QString &buffer, int total, int batch, int lastColumn)
 {
     FlexGrid *g = m_grid;
     g->setRows(total + 1);
@@ -102,7 +102,7 @@ void ViewerScreen::flush(QString &buffer, int total, int batch)
     g->setRow(total - batch);
     g->setCol(MarkColumn);
     g->setRowSel(total);
-    g->setColSel(SizeColumn);
+    g->setColSel(lastColumn);
     g->setClip(buffer);
     buffer.clear();
 }
@@ -139,7 +139,7 @@ void ViewerScreen::Fill()
                                       QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
                                           QStringLiteral(" internal files..."),
                                       this);
-                flush(buffer, total, batch);
+                FlushBlock(buffer, total, batch, SizeColumn);
                 batch = 0;
             }
         }
@@ -155,23 +155,9 @@ void ViewerScreen::Fill()
             g->setSort(FlexGrid::flexSortGenericAscending);
             g->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
         }
-        // The mark texts become pictures.
-        for (int r = 1; r < g->Rows(); ++r) {
-            const QString mark = g->TextMatrix(r, MarkColumn);
-            if (mark != QLatin1String("Zip") && mark != QLatin1String("Hidden"))
-                continue;
-            g->setCol(MarkColumn);
-            g->setRow(r);
-            g->setText(QString());
-            g->setCellPicture(mark == QLatin1String("Zip") ? picZipIcon->pixmap() : picHiddenIcon->pixmap());
-            g->setColAlignment(MarkColumn, FlexGrid::flexAlignCenterCenter);
-            g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
-        }
-        if (total > 0 && g->TextMatrix(1, PathColumn).isEmpty()) {
-            g->setRow(1);
-            g->RemoveItem(1);
-            g->setRowSel(1);
-        }
+        MarkPass();
+        if (total > 0)
+            RemoveEmptyFirstRow();
         if (g->Rows() > 0) {
             g->setRow(0);
             g->setCol(MarkColumn);
@@ -180,6 +166,32 @@ void ViewerScreen::Fill()
         g->setVisible(true);
     } catch (const VbError &e) {
         MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occured."), vbExclamation);
+    }
+}
+
+void ViewerScreen::MarkPass()
+{
+    FlexGrid *g = m_grid;
+    for (int r = 1; r < g->Rows(); ++r) {
+        const QString mark = g->TextMatrix(r, MarkColumn);
+        if (mark != QLatin1String("Zip") && mark != QLatin1String("Hidden"))
+            continue;
+        g->setCol(MarkColumn);
+        g->setRow(r);
+        g->setText(QString());
+        g->setCellPicture(mark == QLatin1String("Zip") ? picZipIcon->pixmap() : picHiddenIcon->pixmap());
+        g->setColAlignment(MarkColumn, FlexGrid::flexAlignCenterCenter);
+        g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
+    }
+}
+
+void ViewerScreen::RemoveEmptyFirstRow()
+{
+    FlexGrid *g = m_grid;
+    if (g->Rows() > 1 && g->TextMatrix(1, PathColumn).isEmpty()) {
+        g->setRow(1);
+        g->RemoveItem(1);
+        g->setRowSel(1);
     }
 }
 
@@ -199,7 +211,7 @@ void ViewerScreen::TickRow()
 {
     const QScopedValueRollback<bool> busy(m_busy, true);
     FlexGrid *g = m_grid;
-    g->setCol(TickColumn);
+    g->setCol(m_kind.tickColumn);
     if (!g->CellPicture().isNull())
         return; // a row is ticked once, however often it is visited
     g->setCellPicture(picTick->pixmap());
@@ -231,6 +243,12 @@ void ViewerScreen::gridMouseUp(int button)
     if (button != LeftButton || g->MouseRow() >= 1 || g->Rows() < 1)
         return;
     const QScopedValueRollback<bool> busy(m_busy, true);
+    HeadingClicked();
+}
+
+void ViewerScreen::HeadingClicked()
+{
+    FlexGrid *g = m_grid;
     // Any heading but the size's sorts by name.
     g->setCol(g->MouseCol() == SizeColumn ? SizeColumn : NameColumn);
     if (g->Col() == NameColumn) {
@@ -247,7 +265,7 @@ void ViewerScreen::gridMouseUp(int button)
 void ViewerScreen::gridMouseMove(int button)
 {
     FlexGrid *g = m_grid;
-    if (button != LeftButton || g->RowSel() == g->Row() || m_busy)
+    if (!m_kind.drag || button != LeftButton || g->RowSel() == g->Row() || m_busy)
         return;
     const QScopedValueRollback<bool> busy(m_busy, true);
     g->setRow(g->RowSel());

@@ -41,7 +41,8 @@ public:
 
 protected:
     // What differs between the screens: the grid's name, the widths of the name and size columns, the
-    // count text, the kind word of a tick, whether the tick column is centred, and which files it lists.
+    // count text, the kind word of a tick, whether the tick column is centred, which files it lists, the
+    // tick's column, and whether dragging selects.
     struct Kind {
         const char *gridName;
         long nameWidth;
@@ -50,6 +51,8 @@ protected:
         QString kindWord;
         bool centreTick;
         bool (*lists)(const QString &path);
+        int tickColumn = 4;
+        bool drag = true;
     };
     ViewerScreen(const char *objectName, const QString &title, const Kind &kind, long width, long height);
 
@@ -65,6 +68,14 @@ protected:
 
     // The fill from gMediaFiles in text blocks of at most 500 rows.
     void Fill();
+    // One block of the fill: Rows raised, the block written from the last row the block before wrote.
+    void FlushBlock(QString &buffer, int total, int batch, int lastColumn);
+    // The mark texts of column 0 become pictures; then an empty first data row goes.
+    void MarkPass();
+    void RemoveEmptyFirstRow();
+    // A left click on the heading row; by default the name and size sorts with their own flags.
+    virtual void HeadingClicked();
+    void SetCheckedCount(int16_t n) { m_checkedCount = n; }
     // Ticks the current row once; the kind word goes with the CheckedItem.
     void TickRow();
     // The row's path on the grid's tool tip ("Archive file: " and the path behind the extract folder for
@@ -81,7 +92,6 @@ protected:
     QWidget *m_central = nullptr;
 
 private:
-    void flush(QString &buffer, int total, int batch);
     void gridMouseUp(int button);
     void gridMouseMove(int button);
     void rowChanged();

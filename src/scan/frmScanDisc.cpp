@@ -9,6 +9,7 @@
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
@@ -124,6 +125,7 @@ void frmScanDisc::PrepareToScan()
         // here as they become part of the program.
         Forms::unload<frmScanResultsEXEs>();
         Forms::unload<frmScanResultsText>();
+        Forms::unload<frmScanResultsOther>();
         Forms::get<frmScanSummary>()->ResetCheckedValues();
     } catch (const VbError &) {
         // The drive text of this message is never set: the letter is missing.
