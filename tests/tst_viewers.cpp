@@ -13,6 +13,9 @@
 #include "platform/ShellOpen.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "controls/PictureView.h"
+#include "review/frmFullScreenViewer.h"
+#include "review/frmScanResultsImages.h"
 #include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
@@ -78,6 +81,7 @@ private Q_SLOTS:
     void blocksOf500();
     void sortingAndTheChain();
     void externalScreen();
+    void imageScreen();
 
 private:
     frmScanResultsText *textScreen();
@@ -117,6 +121,8 @@ void TestViewers::cleanup()
         w->hide();
     Forms::unload<frmScanResultsText>();
     Forms::unload<frmScanResultsOther>();
+    Forms::unload<frmScanResultsImages>();
+    Forms::unload<frmFullScreenViewer>();
     Forms::unload<frmScanResultsEXEs>();
     Forms::unload<frmScanSummary>();
     Forms::unload<frmScanDisc>();
@@ -434,6 +440,101 @@ void TestViewers::externalScreen()
     Click(Control<QPushButton>(s, "cmdNext"));
     QVERIFY(summary->isVisible() && s->isHidden());
     QCOMPARE(summary->lblExternalChecked->text(), QStringLiteral("0"));
+}
+
+void TestViewers::imageScreen()
+{
+    Disc disc;
+    const auto picture = [&](const QString &name, const char *format, QSize size) {
+        disc.add(name, 1);
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        QVERIFY(image.save(disc.root() + QLatin1Char('/') + name, format));
+    };
+    picture(QStringLiteral("COVER.JPG"), "JPG", QSize(64, 48));
+    picture(QStringLiteral("ART/PLAN.BMP"), "BMP", QSize(40, 80));
+    picture(QStringLiteral("BANNER.JPEG"), "JPG", QSize(20, 10));
+    // A real one-pixel GIF, which Qt reads but cannot write.
+    disc.add(QStringLiteral("DOT.GIF"));
+    WriteTestFile(disc.root() + QStringLiteral("/DOT.GIF"),
+                  QByteArray::fromHex("47494638396101000100800000ffffff00000021f90401000000002c00000000010001000002"
+                                      "024401003b"));
+    disc.add(QStringLiteral("BROKEN.JPG"));
+    WriteTestFile(disc.root() + QStringLiteral("/BROKEN.JPG"), QByteArray("\xff\xd8\xff\xe0 not really a JPEG"));
+    disc.add(QStringLiteral("NOTE.GIF"));
+    WriteTestFile(disc.root() + QStringLiteral("/NOTE.GIF"), "this GIF is a text file");
+    disc.add(QStringLiteral("EMPTY.BMP"), 0);
+    disc.add(QStringLiteral("COVER.PNG"));
+    gMediaFiles = disc.files();
+    auto *s = Forms::get<frmScanResultsImages>();
+    s->show();
+    FlexGrid *grid = Control<FlexGrid>(s, "gridImageResults");
+    auto *view = Control<PictureView>(s, "picSelectedImage");
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("7 image files found"));
+    QCOMPARE(column(grid, 2), (QStringList{"BANNER.JPEG", "BROKEN.JPG", "COVER.JPG", "DOT.GIF", "EMPTY.BMP",
+                                           "NOTE.GIF", "PLAN.BMP"}));
+
+    // Each good picture shows and is ticked; the bad ones give the message, clear the view, no tick.
+    MsgBoxResponder boxes;
+    for (const char *name : {"COVER.JPG", "DOT.GIF", "PLAN.BMP", "BANNER.JPEG"}) {
+        clickRow(grid, rowOf(grid, name));
+        QVERIFY2(view->HasPicture() && grid->HasCellPicture(rowOf(grid, name), 4), name);
+    }
+    QCOMPARE(view->Picture().size(), QSize(20, 10));
+    QCOMPARE(gCheckedItems.size(), 4);
+    QCOMPARE(gCheckedItems[0].kind, QStringLiteral("Image"));
+    const QString corrupt = QStringLiteral("Can not display image - it may be corrupt.");
+    boxes.queue(vbOK, 3);
+    for (const char *name : {"BROKEN.JPG", "NOTE.GIF", "EMPTY.BMP"}) {
+        clickRow(grid, rowOf(grid, name));
+        QVERIFY2(!view->HasPicture() && !grid->HasCellPicture(rowOf(grid, name), 4) && grid->isEnabled(), name);
+    }
+    QCOMPARE(boxes.prompts(), (QStringList{corrupt, corrupt, corrupt}));
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+
+    // Zoom by the grid's keys and the buttons, only with a picture shown.
+    QTest::keyClick(grid, Qt::Key_Equal);
+    QCOMPARE(s->ZoomLevel, int16_t(100));
+    clickRow(grid, rowOf(grid, "COVER.JPG"));
+    QTest::keyClick(grid, Qt::Key_Equal);
+    QCOMPARE(s->ZoomLevel, int16_t(150));
+    Click(Control<QPushButton>(s, "cmdMagnifyMinus"));
+    Click(Control<QPushButton>(s, "cmdMagnifyMinus"));
+    QCOMPARE(s->ZoomLevel, int16_t(75));
+    QVERIFY(grid->hasFocus() || !QApplication::focusWidget());
+
+    // Full screen: the picture placed by its own units, Close ends it; a bad picture shows nothing.
+    doubleClickRow(grid, rowOf(grid, "PLAN.BMP"));
+    auto *full = Forms::get<frmFullScreenViewer>();
+    QVERIFY(full->isVisible());
+    const long picW = full->picImage->PictureWidth(), picH = full->picImage->PictureHeight();
+    QCOMPARE(picW, 1058L); // 40 pixels at 96 to the inch, in hundredths of a millimetre
+    // To the pixel: twips are placed in whole pixels.
+    QVERIFY(qAbs(WidthTw(full->picImage) - (picW / 2 + 300)) < TwipsPerPixel);
+    QVERIFY(qAbs(HeightTw(full->picImage) - (picH / 2 + 300)) < TwipsPerPixel);
+    Click(Control<QPushButton>(full, "cmdClose"));
+    QVERIFY(!Forms::isLoaded<frmFullScreenViewer>());
+    boxes.clear();
+    boxes.queue(vbOK);
+    clickRow(grid, rowOf(grid, "NOTE.GIF"));
+    boxes.queue(vbOK);
+    Click(Control<QPushButton>(s, "cmdFullScreen"));
+    QCOMPARE(boxes.prompts().last(), QStringLiteral("Can not display image, it may be corrupt."));
+    QVERIFY(!Forms::isLoaded<frmFullScreenViewer>() || !Forms::get<frmFullScreenViewer>()->isVisible());
+
+    // Next: Text first, then Other, else the summary, which gets the checked number first.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkTextFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    gExternalFiles = QStringList{QString()};
+    Click(Control<QPushButton>(s, "cmdNext"));
+    QVERIFY(Forms::isLoaded<frmScanResultsOther>() && Forms::get<frmScanResultsOther>()->isVisible());
+    QCOMPARE(Forms::get<frmScanSummary>()->lblImagesChecked->text(), QStringLiteral("4"));
+    // Back from here with the programs' box ticked and no audio or video: the scan set-up, never the
+    // application viewer.
+    s->show();
+    Click(Control<QPushButton>(s, "cmdPrevious"));
+    QVERIFY(scan->isVisible() && !Forms::isLoaded<frmScanResultsEXEs>());
 }
 
 QTEST_MAIN(TestViewers)

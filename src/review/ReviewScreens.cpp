@@ -3,6 +3,7 @@
 #include "controls/Forms.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsImages.h"
 #include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanDisc.h"
@@ -13,6 +14,8 @@ Form *ReviewScreenNamed(const QString &name)
         return Forms::get<frmScanDisc>();
     if (name == QLatin1String("frmScanResultsEXEs"))
         return Forms::get<frmScanResultsEXEs>();
+    if (name == QLatin1String("frmScanResultsImages"))
+        return Forms::get<frmScanResultsImages>();
     if (name == QLatin1String("frmScanResultsText"))
         return Forms::get<frmScanResultsText>();
     if (name == QLatin1String("frmScanResultsOther"))

@@ -9,6 +9,7 @@
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsImages.h"
 #include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
 #include "scan/frmScanProgress.h"
@@ -124,6 +125,7 @@ void frmScanDisc::PrepareToScan()
         // No result of an earlier scan survives into this one. The viewers of the other kinds join
         // here as they become part of the program.
         Forms::unload<frmScanResultsEXEs>();
+        Forms::unload<frmScanResultsImages>();
         Forms::unload<frmScanResultsText>();
         Forms::unload<frmScanResultsOther>();
         Forms::get<frmScanSummary>()->ResetCheckedValues();
