@@ -48,6 +48,7 @@ bench: build
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_scan_speed
 	@$(BUILD_DIR)/bench/bench_evaluation_speed
 	@$(BUILD_DIR)/bench/bench_check_speed
+	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_viewer_fill
 
 clean:
 	rm -rf $(BUILD_DIR)
