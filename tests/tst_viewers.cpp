@@ -11,6 +11,7 @@
 #include "controls/Forms.h"
 #include "platform/MsgBox.h"
 #include "platform/ShellOpen.h"
+#include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
 #include "controls/PictureView.h"
@@ -344,6 +345,20 @@ void TestViewers::sortingAndTheChain()
     Control<QCheckBox>(scan, "chkEXEFiles")->setChecked(false);
     Click(Control<QPushButton>(s, "cmdPrevious"));
     QVERIFY(scan->isVisible() && s->isHidden());
+    // The Scan Engine and Database entries do nothing here; the close box takes the clean road out,
+    // emptying the extract folder.
+    s->show();
+    QVERIFY(ClickMenu(s, "mnuScanEngineScanDisc"));
+    QVERIFY(ClickMenu(s, "mnuDatabaseLicenseControl"));
+    QVERIFY(s->isVisible());
+    const QString member = WriteTestFile(ExtractFolder() + QStringLiteral("/A.ZIP/B.TXT"), "b");
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    s->close();
+    SetEndProcessHook(nullptr);
+    QCOMPARE(ended, QList<int>{0});
+    QVERIFY(!QFile::exists(member));
+
     // A new scan's preparation unloads the screen.
     scan->PrepareToScan();
     QVERIFY(!Forms::isLoaded<frmScanResultsText>());
