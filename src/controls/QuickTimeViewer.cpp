@@ -1,8 +1,16 @@
 #include "controls/QuickTimeViewer.h"
 
+#include "platform/Events.h"
+#include "platform/Paths.h"
+
+#include <QAudioOutput>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QMediaPlayer>
+#include <QUrl>
+#include <QVideoSink>
+#include <QVideoWidget>
 
 namespace {
 // GStreamer reads QuickTime movies with the demuxer of its "isomp4" plug-in. Qt's own list of
@@ -27,6 +35,98 @@ bool quickTimeDemuxerInstalled()
 } // namespace
 
 QuickTimeViewer::QuickTimeViewer(QWidget *parent) : QWidget(parent) {}
+
+QuickTimeViewer::~QuickTimeViewer()
+{
+    if (m_player)
+        m_player->stop();
+}
+
+void QuickTimeViewer::ensurePlayer()
+{
+    if (m_player)
+        return;
+    m_player = new QMediaPlayer(this);
+    m_audio = new QAudioOutput(this);
+    m_player->setAudioOutput(m_audio);
+    m_video = new QVideoWidget(this);
+    m_video->setStyleSheet(QStringLiteral("background: black;"));
+    m_player->setVideoOutput(m_video);
+    m_video->resize(size());
+    // The natural size comes with the first picture; asked for in the sink's own call it would block.
+    connect(
+        m_video->videoSink(), &QVideoSink::videoSizeChanged, this,
+        [this] {
+            if (m_video && m_natural.isEmpty())
+                m_natural = m_video->videoSink()->videoSize();
+        },
+        Qt::QueuedConnection);
+}
+
+void QuickTimeViewer::setMovieFile(const QString &path)
+{
+    ensurePlayer();
+    m_movieFile = path;
+    m_natural = QSize();
+    m_player->stop();
+    if (path.isEmpty()) {
+        m_player->setSource(QUrl());
+        return;
+    }
+    m_player->setSource(QUrl::fromLocalFile(RealPath(path)));
+    m_player->setLoops(m_loop ? int(QMediaPlayer::Infinite) : 1);
+    // Paused, the first picture is decoded and gives the natural size.
+    m_player->pause();
+    QElapsedTimer waited;
+    waited.start();
+    while (m_natural.isEmpty() && waited.elapsed() < 5000 && m_player->error() == QMediaPlayer::NoError &&
+           m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
+        Pause(10);
+}
+
+void QuickTimeViewer::Play()
+{
+    ensurePlayer();
+    m_player->play();
+}
+
+void QuickTimeViewer::Stop()
+{
+    if (m_player)
+        m_player->pause();
+}
+
+bool QuickTimeViewer::IsPlaying() const
+{
+    return m_player && m_player->playbackState() == QMediaPlayer::PlayingState;
+}
+
+void QuickTimeViewer::setScale(double scale)
+{
+    m_scale = scale;
+    if (!m_natural.isEmpty())
+        resize(qMax(1, int(m_natural.width() * scale)), qMax(1, int(m_natural.height() * scale)));
+    if (m_video)
+        m_video->resize(size());
+}
+
+void QuickTimeViewer::setLoop(bool on)
+{
+    m_loop = on;
+    if (m_player)
+        m_player->setLoops(on ? int(QMediaPlayer::Infinite) : 1);
+}
+
+double QuickTimeViewer::TimePosition() const
+{
+    return m_player ? m_player->position() / 1000.0 : 0.0;
+}
+
+void QuickTimeViewer::setTimePosition(double seconds)
+{
+    ensurePlayer();
+    m_player->setPosition(qint64(seconds * 1000));
+}
 
 long QuickTimeViewer::InitializeQTML()
 {

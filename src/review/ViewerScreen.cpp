@@ -4,6 +4,7 @@
 #include "controls/Forms.h"
 #include "controls/Pictures.h"
 #include "controls/ScreenParts.h"
+#include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/ShellOpen.h"
 #include "platform/Paths.h"
@@ -150,12 +151,17 @@ void ViewerScreen::Fill()
             g->setRows(0);
         lblResultComment->setText(QString::number(total) + m_kind.countText);
         SummaryTotal(Forms::get<frmScanSummary>())->setText(QString::number(total));
+        if (m_kind.marksBeforeSort)
+            MarkPass();
         if (total > 0) {
             g->setCol(NameColumn);
             g->setSort(FlexGrid::flexSortGenericAscending);
             g->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
         }
-        MarkPass();
+        if (m_kind.marksBeforeSort)
+            MarkSortedRows();
+        else
+            MarkPass();
         if (total > 0)
             RemoveEmptyFirstRow();
         if (g->Rows() > 0) {
@@ -181,6 +187,25 @@ void ViewerScreen::MarkPass()
         g->setText(QString());
         g->setCellPicture(mark == QLatin1String("Zip") ? picZipIcon->pixmap() : picHiddenIcon->pixmap());
         g->setColAlignment(MarkColumn, FlexGrid::flexAlignCenterCenter);
+        g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
+    }
+}
+
+void ViewerScreen::MarkSortedRows()
+{
+    // The mark texts are gone: each row's path is tested afresh, the archive's mark first.
+    FlexGrid *g = m_grid;
+    const QString extract = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
+    for (int r = 1; r < g->Rows(); ++r) {
+        const QString path = g->TextMatrix(r, PathColumn);
+        bool hidden = false;
+        ResumeNext([&] { hidden = IsHiddenFile(RealPath(path)); });
+        const bool zipped = path.left(extract.size()) == extract;
+        if (!zipped && !hidden)
+            continue;
+        g->setCol(MarkColumn);
+        g->setRow(r);
+        g->setCellPicture(zipped ? picZipIcon->pixmap() : picHiddenIcon->pixmap());
         g->setCellPictureAlignment(FlexGrid::flexAlignCenterCenter);
     }
 }

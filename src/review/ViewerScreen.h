@@ -53,6 +53,8 @@ protected:
         bool (*lists)(const QString &path);
         int tickColumn = 4;
         bool drag = true;
+        // The audio screen sets its marks before the sort and sets them again on the sorted rows.
+        bool marksBeforeSort = false;
     };
     ViewerScreen(const char *objectName, const QString &title, const Kind &kind, long width, long height);
 
@@ -72,6 +74,7 @@ protected:
     void FlushBlock(QString &buffer, int total, int batch, int lastColumn);
     // The mark texts of column 0 become pictures; then an empty first data row goes.
     void MarkPass();
+    void MarkSortedRows();
     void RemoveEmptyFirstRow();
     // A left click on the heading row; by default the name and size sorts with their own flags.
     virtual void HeadingClicked();

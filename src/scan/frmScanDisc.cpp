@@ -9,9 +9,11 @@
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsAudio.h"
 #include "review/frmScanResultsImages.h"
 #include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsText.h"
+#include "review/frmScanResultsVideo.h"
 #include "scan/frmScanProgress.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
@@ -122,11 +124,12 @@ void frmScanDisc::cmdChooseFolder_Click()
 void frmScanDisc::PrepareToScan()
 {
     try {
-        // No result of an earlier scan survives into this one. The viewers of the other kinds join
-        // here as they become part of the program.
+        // No result of an earlier scan survives into this one.
         Forms::unload<frmScanResultsEXEs>();
         Forms::unload<frmScanResultsImages>();
         Forms::unload<frmScanResultsText>();
+        Forms::unload<frmScanResultsAudio>();
+        Forms::unload<frmScanResultsVideo>();
         Forms::unload<frmScanResultsOther>();
         Forms::get<frmScanSummary>()->ResetCheckedValues();
     } catch (const VbError &) {

@@ -1,4 +1,6 @@
 #include "shell/MainModScreens.h"
+#include "review/ReviewScreens.h"
+#include "shell/MainMod.h"
 
 #include "platform/Events.h"
 #include "controls/MsgBoxDialog.h"
@@ -29,6 +31,7 @@ void InstallScreenServices()
                              box->show();
                      },
                      [] { Forms::unload<frmProgressBox>(); }});
+    SetMediaPlayerUnlatcher(UnlatchReviewPlayers);
     SetDesktopOpener([](const QString &target) {
         const QUrl url = QFileInfo(target).isAbsolute() ? QUrl::fromLocalFile(target) : QUrl(target);
         return QDesktopServices::openUrl(url);

@@ -244,6 +244,38 @@ QImage markTick()
     return img;
 }
 
+// ---- the players' transport buttons: lit when that state is on -------------------------------------
+
+enum class Transport { Play, Pause, Stop };
+
+QImage transport(Transport kind, bool on)
+{
+    QImage img = canvas(32, 24);
+    QPainter p(&img);
+    antialias(p);
+    p.setPen(Qt::NoPen);
+    p.setBrush(on ? Teal : QColor(0x7f, 0x8c, 0x99));
+    switch (kind) {
+    case Transport::Play: {
+        QPainterPath t;
+        t.moveTo(11, 5);
+        t.lineTo(23, 12);
+        t.lineTo(11, 19);
+        t.closeSubpath();
+        p.drawPath(t);
+        break;
+    }
+    case Transport::Pause:
+        p.drawRoundedRect(QRectF(10, 5, 4.5, 14), 1, 1);
+        p.drawRoundedRect(QRectF(17.5, 5, 4.5, 14), 1, 1);
+        break;
+    case Transport::Stop:
+        p.drawRoundedRect(QRectF(10, 6, 12, 12), 1.5, 1.5);
+        break;
+    }
+    return img;
+}
+
 // ---- banners, logo and splash ------------------------------------------------------------------------
 
 QImage logo()
@@ -383,6 +415,11 @@ int main(int argc, char **argv)
     ok &= save(markZip(), QStringLiteral("pictures/zip.png"));
     ok &= save(markHidden(), QStringLiteral("pictures/hidden.png"));
     ok &= save(markTick(), QStringLiteral("pictures/tick.png"));
+    ok &= save(transport(Transport::Play, true), QStringLiteral("pictures/play_on.png"));
+    ok &= save(transport(Transport::Play, false), QStringLiteral("pictures/play_off.png"));
+    ok &= save(transport(Transport::Pause, true), QStringLiteral("pictures/pause_on.png"));
+    ok &= save(transport(Transport::Pause, false), QStringLiteral("pictures/pause_off.png"));
+    ok &= save(transport(Transport::Stop, false), QStringLiteral("pictures/stop.png"));
     ok &= save(logo(), QStringLiteral("pictures/logo.png"));
     ok &= save(splash(), QStringLiteral("pictures/splash.png"));
     ok &= save(banner(), QStringLiteral("pictures/banner.png"));

@@ -1,0 +1,284 @@
+// The audio and video review screens with the demo disc's real media files, on a real X display
+// (xvfb-run): playing, pausing, stopping, the loop flag of both players, the QuickTime viewer's natural
+// size and scale, a broken file's message without a tick, the video screen loaded by the audio screen's
+// player, the chain's Next that skips the external files, and the players let go at the clean exit.
+
+#include "DiscFixture.h"
+#include "Operator.h"
+#include "TestSupport.h"
+
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
+#include "controls/MediaPlayer.h"
+#include "controls/QuickTimeViewer.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "platform/ShellOpen.h"
+#include "platform/VbError.h"
+#include "reporting/frmScanSummary.h"
+#include "review/frmScanResultsAudio.h"
+#include "review/frmScanResultsOther.h"
+#include "review/frmScanResultsVideo.h"
+#include "scan/frmScanDisc.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+
+namespace {
+
+QString media(const char *name)
+{
+    return QStringLiteral(KEVRO_SOURCE_DIR "/assets/demo-media/") + QLatin1String(name);
+}
+
+// A copy of a demo media file on the test's disc, stored as the scan stores it.
+QString addMedia(Disc &disc, const QString &relative, const char *source, qsizetype keep = -1)
+{
+    const QString stored = disc.add(relative, 1);
+    QByteArray bytes = ReadTestFile(media(source));
+    if (keep >= 0)
+        bytes.truncate(keep);
+    WriteTestFile(disc.root() + QLatin1Char('/') + relative, bytes);
+    return stored;
+}
+
+void clickRow(FlexGrid *grid, int row)
+{
+    const QPoint at = grid->visualRect(grid->model()->index(row - grid->FixedRows(), 2)).center();
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+}
+
+int rowOf(FlexGrid *grid, const QString &fileName)
+{
+    for (int r = 1; r < grid->Rows(); ++r)
+        if (grid->TextMatrix(r, 2) == fileName)
+            return r;
+    return -1;
+}
+
+} // namespace
+
+class TestPlayers final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void audioScreen();
+    void videoScreen();
+    void playersLetGoAtExit();
+
+private:
+    TempAppFolder m_app;
+};
+
+void TestPlayers::initTestCase()
+{
+    InstallScreenServices();
+    RefuseBoxesWithoutResponder();
+    SetShellExecuteLauncher([](const ShellExecuteRequest &) { return 42L; });
+}
+
+void TestPlayers::init()
+{
+    WriteIniKey("Devices", "DefaultDevice", m_app.path());
+    ResetList(gMediaFiles);
+    ResetList(gExternalFiles);
+    ResetList(gCheckedItems);
+}
+
+void TestPlayers::cleanup()
+{
+    SetEndProcessHook(nullptr);
+    for (QWidget *w : QApplication::topLevelWidgets())
+        w->hide();
+    Forms::get<frmScanDisc>()->PrepareToScan();
+    Forms::unload<frmScanSummary>();
+    Forms::unload<frmScanDisc>();
+}
+
+void TestPlayers::audioScreen()
+{
+    Disc disc;
+    addMedia(disc, QStringLiteral("SOUND/CHIME.WAV"), "CHIME.WAV");
+    addMedia(disc, QStringLiteral("SOUND/THEME.MP3"), "THEME.MP3");
+    addMedia(disc, QStringLiteral("SOUND/.HIDDEN.WAV"), "CHIME.WAV");
+    const QString member = disc.addMember(QStringLiteral("SETUP/DATA.ZIP/JINGLE.WAV"), 1);
+    QFile::remove(ExtractFolder() + QStringLiteral("/SETUP/DATA.ZIP/JINGLE.WAV"));
+    QVERIFY(QFile::copy(media("CHIME.WAV"), ExtractFolder() + QStringLiteral("/SETUP/DATA.ZIP/JINGLE.WAV")));
+    QByteArray broken = ReadTestFile(media("CHIME.WAV"));
+    broken.replace(8, 8, "XXXXXXXX");
+    disc.add(QStringLiteral("SOUND/BROKEN.WAV"));
+    WriteTestFile(disc.root() + QStringLiteral("/SOUND/BROKEN.WAV"), broken);
+    disc.add(QStringLiteral("SOUND/GONE.WAV"));
+    gMediaFiles = disc.files();
+    QVERIFY(!Forms::isLoaded<frmScanResultsVideo>());
+
+    auto *s = Forms::get<frmScanResultsAudio>();
+    s->show();
+    QVERIFY(QTest::qWaitForWindowExposed(s));
+    QFile::remove(disc.root() + QStringLiteral("/SOUND/GONE.WAV")); // removed after the scan
+    FlexGrid *grid = Control<FlexGrid>(s, "gridAudioResults");
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("6 audio files found"));
+    QCOMPARE(Forms::get<frmScanSummary>()->lblAudioTotal->text(), QStringLiteral("6"));
+    // The marks stand on the sorted rows.
+    QVERIFY(grid->HasCellPicture(rowOf(grid, ".HIDDEN.WAV"), 0) && grid->HasCellPicture(rowOf(grid, "JINGLE.WAV"), 0));
+    QVERIFY(!grid->HasCellPicture(rowOf(grid, "CHIME.WAV"), 0) && !grid->HasCellPicture(rowOf(grid, "THEME.MP3"), 0));
+
+    MediaPlayer *player = s->MediaPlayer1;
+    clickRow(grid, rowOf(grid, "CHIME.WAV"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+    QVERIFY(grid->HasCellPicture(rowOf(grid, "CHIME.WAV"), 4));
+    QCOMPARE(gCheckedItems.last().kind, QStringLiteral("Audio"));
+    // The player's state pictures are the video screen's: that screen was loaded and filled for them.
+    QVERIFY(Forms::isLoaded<frmScanResultsVideo>());
+    QCOMPARE(Forms::get<frmScanSummary>()->lblVideoTotal->text(), QStringLiteral("0"));
+    QCOMPARE(s->cmdPlay->icon().pixmap(32, 24).toImage(),
+             Forms::get<frmScanResultsVideo>()->picPlayOn->pixmap().toImage());
+
+    // Pause and Stop through the transport.
+    Click(s->cmdPause);
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Paused));
+    Click(s->cmdStop);
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Stopped));
+    QCOMPARE(player->CurrentPosition(), 0.0);
+
+    // The loop box acts at once and holds for later files; a second file replaces the first.
+    Click(Control<QCheckBox>(s, "chkLoopAudio"));
+    QCOMPARE(player->PlayCount(), 0);
+    clickRow(grid, rowOf(grid, "JINGLE.WAV"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+    QCOMPARE(player->FileName(), member);
+    QCOMPARE(player->PlayCount(), 0);
+    QTest::qWait(2600); // past the end of the two-second file
+    QCOMPARE(player->PlayState(), int(MediaPlayer::Playing));
+    QCOMPARE(grid->ToolTipText(), QStringLiteral("Archive file: /SETUP/DATA.ZIP/JINGLE.WAV"));
+
+    // A broken header and a file gone since the scan: the message, no tick, and the screen goes on.
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK, 2);
+    clickRow(grid, rowOf(grid, "BROKEN.WAV"));
+    clickRow(grid, rowOf(grid, "GONE.WAV"));
+    QCOMPARE(boxes.prompts(), (QStringList{QStringLiteral("Could not play audio file."),
+                                           QStringLiteral("Could not play audio file.")}));
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    QVERIFY(!grid->HasCellPicture(rowOf(grid, "BROKEN.WAV"), 4) && !grid->HasCellPicture(rowOf(grid, "GONE.WAV"), 4));
+    clickRow(grid, rowOf(grid, "THEME.MP3"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+
+    // Next writes the checked number and stops the player.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkImageFiles", "chkTextFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    Click(s->cmdNext);
+    QCOMPARE(Forms::get<frmScanSummary>()->lblAudioChecked->text(), QStringLiteral("3"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Stopped));
+    QVERIFY(Forms::get<frmScanSummary>()->isVisible());
+}
+
+void TestPlayers::videoScreen()
+{
+    Disc disc;
+    addMedia(disc, QStringLiteral("MEDIA/TRAILER.AVI"), "TRAILER.AVI");
+    addMedia(disc, QStringLiteral("MEDIA/INTRO.MPG"), "INTRO.MPG");
+    addMedia(disc, QStringLiteral("MEDIA/CLIP.MOV"), "CLIP.MOV");
+    addMedia(disc, QStringLiteral("MPEGAV/AVSEQ01.DAT"), "INTRO.MPG");
+    addMedia(disc, QStringLiteral("DATA/AVSEQ02.DAT"), "INTRO.MPG");
+    addMedia(disc, QStringLiteral("MEDIA/PROMO.WMV"), "TRAILER.AVI");
+    addMedia(disc, QStringLiteral("MEDIA/CUT.AVI"), "TRAILER.AVI", 4000);
+    gMediaFiles = disc.files();
+    auto *s = Forms::get<frmScanResultsVideo>();
+    s->show();
+    QVERIFY(QTest::qWaitForWindowExposed(s));
+    FlexGrid *grid = Control<FlexGrid>(s, "gridVideoResults");
+    // A video CD's track counts; a ".DAT" elsewhere and a ".WMV" do not.
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("5 video files found"));
+    QVERIFY(rowOf(grid, "AVSEQ01.DAT") > 0 && rowOf(grid, "AVSEQ02.DAT") < 0 && rowOf(grid, "PROMO.WMV") < 0);
+
+    MediaPlayer *player = s->MediaPlayer1;
+    QuickTimeViewer *movie = s->SkyLight1;
+    clickRow(grid, rowOf(grid, "TRAILER.AVI"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+    QVERIFY(player->isVisible() && !movie->isVisible());
+    QVERIFY(grid->HasCellPicture(rowOf(grid, "TRAILER.AVI"), 4));
+    QCOMPARE(LeftTw(player), PixelsToTwips(TwipsToPixels(5500)));
+    clickRow(grid, rowOf(grid, "INTRO.MPG"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+    QCOMPARE(player->ErrorCode(), 0L);
+
+    // The first movie: the media player emptied and hidden, the viewer at its designed place, scaled
+    // to 250 pixels across by the movie's natural width.
+    clickRow(grid, rowOf(grid, "CLIP.MOV"));
+    QVERIFY(!player->isVisible() && player->FileName().isEmpty());
+    QVERIFY(movie->isVisible());
+    QCOMPARE(movie->MovieWidth(), 160);
+    QCOMPARE(movie->MovieHeight(), 120);
+    QCOMPARE(movie->Scale(), 250.0 / 160);
+    QCOMPARE(movie->width(), 250);
+    QCOMPARE(LeftTw(movie), 5520L);
+    QVERIFY(!movie->ShowController());
+    QTRY_VERIFY(movie->IsPlaying());
+    QVERIFY(grid->HasCellPicture(rowOf(grid, "CLIP.MOV"), 4));
+
+    // The loop box reaches both players at once; the DVD box changes nothing.
+    Click(Control<QCheckBox>(s, "chkLoopVideo"));
+    QVERIFY(movie->Loop());
+    QCOMPARE(player->PlayCount(), 0);
+    Click(Control<QCheckBox>(s, "chkDVDVideo"));
+    QVERIFY(movie->isVisible() && movie->IsPlaying());
+    // The transport acts on the visible player: the movie here.
+    Click(s->cmdStop);
+    QVERIFY(!movie->IsPlaying());
+    QCOMPARE(movie->TimePosition(), 0.0);
+
+    // A video after the movie hides the viewer again. A file cut short plays as far as it goes, or
+    // tells why not; either way the row is ticked.
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    clickRow(grid, rowOf(grid, "CUT.AVI"));
+    QVERIFY(!movie->isVisible() && player->isVisible());
+    QVERIFY(grid->HasCellPicture(rowOf(grid, "CUT.AVI"), 4));
+    QVERIFY(boxes.prompts().size() <= 1);
+
+    // Next never asks for the external files: without audio, images or text, the summary.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkAudioFiles", "chkImageFiles", "chkTextFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    QVERIFY(scan->chkOtherFiles->isChecked());
+    Click(s->cmdNext);
+    QVERIFY(Forms::get<frmScanSummary>()->isVisible() && !Forms::isLoaded<frmScanResultsOther>());
+    QCOMPARE(Forms::get<frmScanSummary>()->lblVideoChecked->text(), QString::number(s->CheckedCount()));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Stopped));
+}
+
+void TestPlayers::playersLetGoAtExit()
+{
+    Disc disc;
+    addMedia(disc, QStringLiteral("CHIME.WAV"), "CHIME.WAV");
+    gMediaFiles = disc.files();
+    auto *audio = Forms::get<frmScanResultsAudio>();
+    audio->show();
+    clickRow(audio->gridAudioResults, 1);
+    QTRY_COMPARE(audio->MediaPlayer1->PlayState(), int(MediaPlayer::Playing));
+    const QString member = WriteTestFile(ExtractFolder() + QStringLiteral("/A.ZIP/B.WAV"), "b");
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    MsgBoxResponder boxes; // a failure to let go would be a box
+    try {
+        ExitApplication();
+    } catch (const ProcessEnded &) {
+    }
+    QCOMPARE(ended, QList<int>{0});
+    const QString harmless = AppPath() + QStringLiteral("/reports/htmlicon.jpg");
+    QCOMPARE(Forms::get<frmScanResultsVideo>()->MediaPlayer1->FileName(), harmless);
+    QCOMPARE(audio->MediaPlayer1->FileName(), harmless);
+    QVERIFY(!QFile::exists(member));
+    QCOMPARE(boxes.prompts(), QStringList());
+}
+
+QTEST_MAIN(TestPlayers)
+#include "tst_players.moc"
