@@ -249,8 +249,8 @@ void TestSetup::discHoldsEveryKindAsRealFiles()
     }
     for (QStringList *kind : {&video, &audio, &image, &text, &programs, &other})
         kind->sort();
-    QCOMPARE(video, (QStringList{"MEDIA/INTRO.MPG", "MEDIA/TRAILER.AVI", "MPEGAV/AVSEQ01.DAT"}));
-    QCOMPARE(audio, (QStringList{"MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/SILENCE.MP3"}));
+    QCOMPARE(video, (QStringList{"MEDIA/CLIP.MOV", "MEDIA/INTRO.MPG", "MEDIA/TRAILER.AVI", "MPEGAV/AVSEQ01.DAT"}));
+    QCOMPARE(audio, (QStringList{"MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/SILENCE.MP3", "MEDIA/THEME.MP3"}));
     QCOMPARE(image, (QStringList{"MEDIA/PICTURES/COVER.BMP", "MEDIA/PICTURES/DOT.GIF", "MEDIA/PICTURES/SUNSET.JPG"}));
     QCOMPARE(text, (QStringList{"DOCS/.DRAFT.TXT", "DOCS/CREDITS.NFO", "DOCS/INSTALL.README", "DOCS/READ.ME",
                                 "DOCS/RELEASE NOTES.TXT", "README.TXT", "SETUP/SETUP.INI"}));
@@ -292,6 +292,13 @@ void TestSetup::discHoldsEveryKindAsRealFiles()
     QCOMPARE(be(mpg, 4, 3), (64u << 12) | 48u);
     QCOMPARE(mpg.count(QByteArray("\0\0\1\0", 4)), 25);
     QCOMPARE(ReadTestFile(disc() + "/MPEGAV/AVSEQ01.DAT"), mpg);
+    // The encoded movie and tune come whole out of the program's resources.
+    for (const auto &[laid, source] : {std::pair{"/Media/Clip.mov", "CLIP.MOV"}, std::pair{"/Media/Theme.mp3", "THEME.MP3"}}) {
+        const QByteArray bytes = ReadTestFile(disc() + QLatin1String(laid));
+        QVERIFY2(!bytes.isEmpty() && bytes == ReadTestFile(QStringLiteral(KEVRO_SOURCE_DIR "/assets/demo-media/") +
+                                                            QLatin1String(source)),
+                 laid);
+    }
 }
 
 void TestSetup::archivesOpenAsTheScanOpensThem()
@@ -385,9 +392,9 @@ void TestSetup::scanFindsEveryKindAndExpandsTheArchives()
     const QString D = disc().toUpper() + "/", X = ExtractFolder().toUpper() + "/";
     QCOMPARE(names(gMediaFiles, D),
              (QStringList{"AUTORUN.EXE", "DOCS/.DRAFT.TXT", "DOCS/CREDITS.NFO", "DOCS/INSTALL.README", "DOCS/READ.ME",
-                          "DOCS/RELEASE NOTES.TXT", "MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/INTRO.MPG",
+                          "DOCS/RELEASE NOTES.TXT", "MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/CLIP.MOV", "MEDIA/INTRO.MPG",
                           "MEDIA/PICTURES/COVER.BMP", "MEDIA/PICTURES/DOT.GIF", "MEDIA/PICTURES/SUNSET.JPG",
-                          "MEDIA/SILENCE.MP3", "MEDIA/TRAILER.AVI", "MENU.EXE", "MPEGAV/AVSEQ01.DAT",
+                          "MEDIA/SILENCE.MP3", "MEDIA/THEME.MP3", "MEDIA/TRAILER.AVI", "MENU.EXE", "MPEGAV/AVSEQ01.DAT",
                           "PLAYERS/QUICKTIMEINSTALLER.EXE", "PLAYERS/WMPLAYER.EXE", "README.TXT", "SETUP/DATA.ZIP",
                           "SETUP/DXSETUP.EXE", "SETUP/SETUP.INI", "TOOLS/DISC.DAT", "TOOLS/DISCTOOL.EXE"}));
     QCOMPARE(names(gMediaFiles, X),

@@ -442,6 +442,15 @@ QString write(const QString &path, const QByteArray &bytes)
 }
 } // namespace
 
+// A file kept in the program's resources. The resources live in a static library: they are brought in
+// by name, or the linker would leave them out.
+static QByteArray resource(const QString &name)
+{
+    Q_INIT_RESOURCE(demo_media);
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QString LayOutDemoDisc(const QString &folder)
 {
     // The folder is ours to replace, but only as a folder: a link would lead the removal elsewhere.
@@ -497,6 +506,9 @@ QString LayOutDemoDisc(const QString &folder)
         {QStringLiteral("Media/Chime.wav"), wave()},
         {QStringLiteral("Media/Bell.aif"), aiff()},
         {QStringLiteral("Media/Silence.mp3"), mp3()},
+        // Encoded by GStreamer (tools/make-demo-media.sh): a QuickTime movie and a tune.
+        {QStringLiteral("Media/Clip.mov"), resource(QStringLiteral(":/demo-media/CLIP.MOV"))},
+        {QStringLiteral("Media/Theme.mp3"), resource(QStringLiteral(":/demo-media/THEME.MP3"))},
         {QStringLiteral("Media/Pictures/Cover.bmp"), bitmap()},
         {QStringLiteral("Media/Pictures/Dot.gif"), gif()},
         {QStringLiteral("Media/Pictures/Sunset.jpg"), jpeg()},
