@@ -3,6 +3,7 @@
 // size and scale, a broken file's message without a tick, the video screen loaded by the audio screen's
 // player, the chain's Next that skips the external files, and the players let go at the clean exit.
 
+#include "CatalogueFixture.h"
 #include "DiscFixture.h"
 #include "Operator.h"
 #include "TestSupport.h"
@@ -16,6 +17,7 @@
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
+#include "review/ReviewScreens.h"
 #include "review/frmScanResultsAudio.h"
 #include "review/frmScanResultsOther.h"
 #include "review/frmScanResultsVideo.h"
@@ -71,9 +73,12 @@ private Q_SLOTS:
     void audioScreen();
     void videoScreen();
     void playersLetGoAtExit();
+    void theChainOfScreens_data();
+    void theChainOfScreens();
 
 private:
     TempAppFolder m_app;
+    CatalogueFixture m_catalogue; // the application viewer, reached by Back, judges from it
 };
 
 void TestPlayers::initTestCase()
@@ -81,6 +86,7 @@ void TestPlayers::initTestCase()
     InstallScreenServices();
     RefuseBoxesWithoutResponder();
     SetShellExecuteLauncher([](const ShellExecuteRequest &) { return 42L; });
+    QCOMPARE(m_catalogue.create(QStringLiteral("sqlite"), m_app.path()), QString());
 }
 
 void TestPlayers::init()
@@ -278,6 +284,63 @@ void TestPlayers::playersLetGoAtExit()
     QCOMPARE(audio->MediaPlayer1->FileName(), harmless);
     QVERIFY(!QFile::exists(member));
     QCOMPARE(boxes.prompts(), QStringList());
+}
+
+// Each viewer's Next and Back with the kinds asked for on the scan set-up, one letter a box: E programs,
+// V video, A audio, I images, T text, O external. The rows show where the tests are not symmetrical.
+void TestPlayers::theChainOfScreens_data()
+{
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<bool>("next");
+    QTest::addColumn<QString>("boxes");
+    QTest::addColumn<QString>("to");
+    const QString video = QStringLiteral("frmScanResultsVideo"), audio = QStringLiteral("frmScanResultsAudio"),
+                  images = QStringLiteral("frmScanResultsImages"), text = QStringLiteral("frmScanResultsText"),
+                  other = QStringLiteral("frmScanResultsOther"), exes = QStringLiteral("frmScanResultsEXEs"),
+                  summary = QStringLiteral("frmScanSummary"), scan = QStringLiteral("frmScanDisc");
+    QTest::newRow("video next: audio first") << video << true << "VAIO" << audio;
+    QTest::newRow("video next: images") << video << true << "VIT" << images;
+    QTest::newRow("video next: text") << video << true << "VTO" << text;
+    QTest::newRow("video next skips external") << video << true << "EVO" << summary;
+    QTest::newRow("video back: programs") << video << false << "EVA" << exes;
+    QTest::newRow("video back: set-up") << video << false << "VAI" << scan;
+    QTest::newRow("audio next: images") << audio << true << "VAIT" << images;
+    QTest::newRow("audio next skips external") << audio << true << "AO" << summary;
+    QTest::newRow("audio back: video") << audio << false << "EVA" << video;
+    QTest::newRow("audio back: programs") << audio << false << "EA" << exes;
+    QTest::newRow("audio back: set-up") << audio << false << "AI" << scan;
+    QTest::newRow("images next: external") << images << true << "IO" << other;
+    QTest::newRow("images back: audio") << images << false << "EVAI" << audio;
+    QTest::newRow("images back never reaches programs") << images << false << "EI" << scan;
+    QTest::newRow("text back: video before audio") << text << false << "VAT" << video;
+    QTest::newRow("text back: programs") << text << false << "ET" << exes;
+    QTest::newRow("external next: summary") << other << true << "EVAITO" << summary;
+    QTest::newRow("external back: audio") << other << false << "EAO" << audio;
+    QTest::newRow("external back: set-up") << other << false << "O" << scan;
+}
+
+void TestPlayers::theChainOfScreens()
+{
+    QFETCH(QString, from);
+    QFETCH(bool, next);
+    QFETCH(QString, boxes);
+    QFETCH(QString, to);
+    auto *scan = Forms::get<frmScanDisc>();
+    const QList<QPair<QChar, QCheckBox *>> letters{{'E', scan->chkEXEFiles},   {'V', scan->chkVideoFiles},
+                                                   {'A', scan->chkAudioFiles}, {'I', scan->chkImageFiles},
+                                                   {'T', scan->chkTextFiles},  {'O', scan->chkOtherFiles}};
+    for (const auto &[letter, box] : letters)
+        box->setChecked(boxes.contains(letter));
+    Form *screen = ReviewScreenNamed(from);
+    QVERIFY(screen);
+    screen->move(40, 30);
+    screen->show();
+    Click(Control<QPushButton>(screen, next ? "cmdNext" : "cmdPrevious"));
+    QWidget *target = ReviewScreenNamed(to);
+    QVERIFY(target);
+    QVERIFY2(target->isVisible(), qPrintable(to));
+    QVERIFY(screen->isHidden());
+    QCOMPARE(target->pos(), QPoint(40, 30));
 }
 
 QTEST_MAIN(TestPlayers)
