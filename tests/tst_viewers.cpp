@@ -216,6 +216,14 @@ void TestViewers::badTextFiles()
     QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(frmScanResultsText::TextBoxLimit + 1));
     big.close();
     const QString gone = disc.add(QStringLiteral("GONE.TXT"));
+    // Names with apostrophes and accented letters, stored in upper case, found again on a disc that
+    // spells them in lower case; texts from Windows editors in their own encodings.
+    disc.add(QStringLiteral("docs/o'brien's été.txt"));
+    WriteTestFile(disc.root() + QStringLiteral("/docs/o'brien's été.txt"), "Ça va, l'été");
+    disc.add(QStringLiteral("ANSI.TXT"));
+    WriteTestFile(disc.root() + QStringLiteral("/ANSI.TXT"), "\x93" "Caf\xe9\x94 \x80" "5");
+    disc.add(QStringLiteral("WIDE.TXT"));
+    WriteTestFile(disc.root() + QStringLiteral("/WIDE.TXT"), QByteArray("\xff\xfeN\0o\0\xeb\0l\0", 10));
     gMediaFiles = disc.files();
     auto *s = textScreen();
     FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
@@ -230,6 +238,17 @@ void TestViewers::badTextFiles()
     QCOMPARE(boxes.prompts(), (QStringList{cannot, cannot}));
     QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
     QVERIFY(!grid->HasCellPicture(rowOf(grid, "EOF.TXT"), 4) && !grid->HasCellPicture(rowOf(grid, "GONE.TXT"), 4));
+
+    const QStringList shown{QStringLiteral("Ça va, l'été"), QStringLiteral("“Café” €5"), QStringLiteral("Noël")};
+    const QStringList names{QStringLiteral("O'BRIEN'S ÉTÉ.TXT"), QStringLiteral("ANSI.TXT"), QStringLiteral("WIDE.TXT")};
+    for (int i = 0; i < names.size(); ++i) {
+        const int row = rowOf(grid, names[i]);
+        clickRow(grid, row);
+        QCOMPARE(text->toPlainText(), shown[i]);
+        QVERIFY(grid->HasCellPicture(row, 4));
+    }
+    QCOMPARE(gCheckedItems.first().text, disc.root().toUpper() + QStringLiteral("/DOCS/O'BRIEN'S ÉTÉ.TXT (1 KB)"));
+    ResetList(gCheckedItems);
 
     // A NUL ends what the text box shows.
     clickRow(grid, rowOf(grid, "NUL.TXT"));
@@ -468,6 +487,7 @@ void TestViewers::imageScreen()
     };
     picture(QStringLiteral("COVER.JPG"), "JPG", QSize(64, 48));
     picture(QStringLiteral("ART/PLAN.BMP"), "BMP", QSize(40, 80));
+    picture(QStringLiteral("pics/l'été d'or.jpg"), "JPG", QSize(30, 30));
     picture(QStringLiteral("BANNER.JPEG"), "JPG", QSize(20, 10));
     // A real one-pixel GIF, which Qt reads but cannot write.
     disc.add(QStringLiteral("DOT.GIF"));
@@ -485,18 +505,18 @@ void TestViewers::imageScreen()
     s->show();
     FlexGrid *grid = Control<FlexGrid>(s, "gridImageResults");
     auto *view = Control<PictureView>(s, "picSelectedImage");
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("7 image files found"));
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("8 image files found"));
     QCOMPARE(column(grid, 2), (QStringList{"BANNER.JPEG", "BROKEN.JPG", "COVER.JPG", "DOT.GIF", "EMPTY.BMP",
-                                           "NOTE.GIF", "PLAN.BMP"}));
+                                           "L'ÉTÉ D'OR.JPG", "NOTE.GIF", "PLAN.BMP"}));
 
     // Each good picture shows and is ticked; the bad ones give the message, clear the view, no tick.
     MsgBoxResponder boxes;
-    for (const char *name : {"COVER.JPG", "DOT.GIF", "PLAN.BMP", "BANNER.JPEG"}) {
+    for (const char *name : {"COVER.JPG", "DOT.GIF", "PLAN.BMP", "L'ÉTÉ D'OR.JPG", "BANNER.JPEG"}) {
         clickRow(grid, rowOf(grid, name));
         QVERIFY2(view->HasPicture() && grid->HasCellPicture(rowOf(grid, name), 4), name);
     }
     QCOMPARE(view->Picture().size(), QSize(20, 10));
-    QCOMPARE(gCheckedItems.size(), 4);
+    QCOMPARE(gCheckedItems.size(), 5);
     QCOMPARE(gCheckedItems[0].kind, QStringLiteral("Image"));
     const QString corrupt = QStringLiteral("Can not display image - it may be corrupt.");
     boxes.queue(vbOK, 3);
@@ -544,7 +564,7 @@ void TestViewers::imageScreen()
     gExternalFiles = QStringList{QString()};
     Click(Control<QPushButton>(s, "cmdNext"));
     QVERIFY(Forms::isLoaded<frmScanResultsOther>() && Forms::get<frmScanResultsOther>()->isVisible());
-    QCOMPARE(Forms::get<frmScanSummary>()->lblImagesChecked->text(), QStringLiteral("4"));
+    QCOMPARE(Forms::get<frmScanSummary>()->lblImagesChecked->text(), QStringLiteral("5"));
     // Back from here with the programs' box ticked and no audio or video: the scan set-up, never the
     // application viewer.
     s->show();

@@ -20,3 +20,8 @@ bool ExternalScreenListsFile(const QString &path, const QString &limit);
 
 // The number of files a screen's fill lists from the scan's lists (the external one with no limit).
 int CountViewerFiles(ViewerKind kind);
+
+// The characters of a text file for the text screen. Files on masters come from Windows editors: a
+// file that is valid UTF-8 (with or without its mark) reads as UTF-8, one with a UTF-16 mark as UTF-16,
+// and anything else as Windows-1252, the code page such files were written in.
+QString DecodeTextFile(const QByteArray &bytes);

@@ -106,13 +106,14 @@ bool frmScanResultsText::LoadTextFile(const QString &path)
         if (bytes.size() != file.size())
             RaiseVbError(VbErr::DeviceIOError);
         // Reading a whole file as text stops at its end-of-file character: the read runs past the end.
-        if (bytes.contains(EndOfFile))
+        QString text = DecodeTextFile(bytes);
+        if (text.contains(QChar(EndOfFile)))
             RaiseVbError(VbErr::InputPastEndOfFile);
         // The text box ends its text at the first NUL.
-        const qsizetype nul = bytes.indexOf('\0');
+        const qsizetype nul = text.indexOf(QChar(0));
         if (nul >= 0)
-            bytes.truncate(nul);
-        txtSelectedText->setPlainText(QString::fromUtf8(bytes));
+            text.truncate(nul);
+        txtSelectedText->setPlainText(text);
         gridTextResults->setFocus();
         return true;
     } catch (const VbError &e) {
