@@ -25,6 +25,8 @@
 #include "shell/Progress.h"
 
 #include <QCheckBox>
+#include <QEnterEvent>
+#include <QMouseEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -526,6 +528,20 @@ void TestViewers::imageScreen()
     }
     QCOMPARE(boxes.prompts(), (QStringList{corrupt, corrupt, corrupt}));
     QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+
+    // The buttons' faces: normal after the load, the hover picture under the mouse, normal again once
+    // the mouse is over the form.
+    const auto face = [](QPushButton *b) { return b->icon().pixmap(b->iconSize()).toImage(); };
+    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInNormal->pixmap().toImage());
+    QCOMPARE(face(s->cmdFullScreen), s->picFullScreenOut->pixmap().toImage());
+    QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), QPointF(2, 2));
+    QApplication::sendEvent(s->cmdMagnifyPlus, &enter);
+    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInHover->pixmap().toImage());
+    QCOMPARE(face(s->cmdMagnifyMinus), s->picZoomOutNormal->pixmap().toImage());
+    QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(s->centralWidget(), &move);
+    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInNormal->pixmap().toImage());
+    QVERIFY(s->picZoomInNormal->pixmap().toImage() != s->picZoomInHover->pixmap().toImage());
 
     // Zoom by the grid's keys and the buttons, only with a picture shown.
     QTest::keyClick(grid, Qt::Key_Equal);

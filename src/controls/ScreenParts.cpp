@@ -3,7 +3,9 @@
 #include "controls/Form.h"
 #include "controls/Pictures.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QEvent>
 #include <QFrame>
 #include <QLabel>
 
@@ -33,4 +35,43 @@ Hourglass::Hourglass()
 Hourglass::~Hourglass()
 {
     QApplication::restoreOverrideCursor();
+}
+
+QLabel *PictureHolder(QWidget *parent, const char *name, const QString &picture)
+{
+    auto *l = Named(new QLabel(parent), name);
+    l->setPixmap(LoadPicture(picture));
+    l->hide();
+    return l;
+}
+
+HoverPictures::HoverPictures(QWidget *background) : QObject(background), m_background(background)
+{
+    background->setMouseTracking(true);
+    background->installEventFilter(this);
+}
+
+void HoverPictures::add(QAbstractButton *button, QLabel *normal, QLabel *hover)
+{
+    m_faces.append({button, normal, hover});
+    button->setIconSize(normal->pixmap().size());
+    button->installEventFilter(this);
+}
+
+void HoverPictures::ShowNormalPictures()
+{
+    for (const Face &f : m_faces)
+        f.button->setIcon(f.normal->pixmap());
+}
+
+bool HoverPictures::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_background && event->type() == QEvent::MouseMove) {
+        ShowNormalPictures();
+    } else if (event->type() == QEvent::Enter) {
+        for (const Face &f : m_faces)
+            if (f.button == watched)
+                f.button->setIcon(f.hover->pixmap());
+    }
+    return QObject::eventFilter(watched, event);
 }

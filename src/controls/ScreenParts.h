@@ -1,7 +1,12 @@
 #pragma once
 
+#include <QList>
+#include <QObject>
+
+class QAbstractButton;
 class QFrame;
 class QLabel;
+class QString;
 class QWidget;
 
 // Small pieces that many screens share.
@@ -18,4 +23,29 @@ struct Hourglass {
     ~Hourglass();
     Hourglass(const Hourglass &) = delete;
     Hourglass &operator=(const Hourglass &) = delete;
+};
+
+// A hidden label that holds one picture of the pictures folder, for code to read (marks, ticks, the
+// faces of buttons).
+QLabel *PictureHolder(QWidget *parent, const char *name, const QString &picture);
+
+// The faces of a screen's picture buttons: a button shows its hover picture while the mouse is over it
+// and its normal picture again once the mouse moves over the form's background.
+class HoverPictures final : public QObject
+{
+public:
+    explicit HoverPictures(QWidget *background);
+    void add(QAbstractButton *button, QLabel *normal, QLabel *hover);
+    void ShowNormalPictures();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    struct Face {
+        QAbstractButton *button;
+        QLabel *normal, *hover;
+    };
+    QWidget *m_background;
+    QList<Face> m_faces;
 };

@@ -35,13 +35,6 @@ constexpr int BlockRows = 500;
 constexpr int LeftButton = 1;
 constexpr int RightButton = 2;
 
-QLabel *store(QWidget *parent, const char *name, const QString &picture)
-{
-    auto *l = Named(new QLabel(parent), name);
-    l->setPixmap(LoadPicture(picture));
-    l->hide();
-    return l;
-}
 
 // A number as the runtime's Str gives it: a leading blank for a number that is not negative.
 QString Str(long n)
@@ -66,9 +59,9 @@ ViewerScreen::ViewerScreen(const char *objectName, const QString &title, const K
     lblResultComment = Named(new QLabel(m_central), "lblResultComment");
     lblCurrentPath = Named(new QLabel(m_central), "lblCurrentPath");
     lblCurrentPath->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    picZipIcon = store(m_central, "picZipIcon", QStringLiteral("zip"));
-    picHiddenIcon = store(m_central, "picHiddenIcon", QStringLiteral("hidden"));
-    picTick = store(m_central, "picTick", QStringLiteral("tick"));
+    picZipIcon = PictureHolder(m_central, "picZipIcon", QStringLiteral("zip"));
+    picHiddenIcon = PictureHolder(m_central, "picHiddenIcon", QStringLiteral("hidden"));
+    picTick = PictureHolder(m_central, "picTick", QStringLiteral("tick"));
     Line1 = RuleLine(m_central, "Line1", "#c9d3de", 240, height - 1020, width - 480);
     linDark = RuleLine(m_central, "linDark", "#7f8c99", 240, height - 990, width - 480);
     cmdPrevious = Named(new QPushButton(QStringLiteral("< &Back"), m_central), "cmdPrevious");

@@ -53,13 +53,6 @@ QTreeWidget *tree(QWidget *parent, const char *name)
     return t;
 }
 
-QLabel *store(QWidget *parent, const char *name, const QString &picture)
-{
-    auto *l = Named(new QLabel(parent), name);
-    l->setPixmap(LoadPicture(picture));
-    l->hide();
-    return l;
-}
 
 QAction *item(QMenu *menu, const char *name, const QString &caption)
 {
@@ -113,9 +106,9 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     PlaceTw(txtFileInfo, 5040, 4080, 6120, 2280);
 
     // Image stores and the list boxes of the simpler evaluation: never on show.
-    picHiddenIcon = store(central, "picHiddenIcon", QStringLiteral("hidden"));
-    picZipIcon = store(central, "picZipIcon", QStringLiteral("zip"));
-    picTick = store(central, "picTick", QStringLiteral("tick"));
+    picHiddenIcon = PictureHolder(central, "picHiddenIcon", QStringLiteral("hidden"));
+    picZipIcon = PictureHolder(central, "picZipIcon", QStringLiteral("zip"));
+    picTick = PictureHolder(central, "picTick", QStringLiteral("tick"));
     lstLicensedEXEs = Named(new QListWidget(central), "lstLicensedEXEs");
     lstUnlicensedEXEs = Named(new QListWidget(central), "lstUnlicensedEXEs");
     lstUnknownEXEs = Named(new QListWidget(central), "lstUnknownEXEs");

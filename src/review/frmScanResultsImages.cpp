@@ -4,6 +4,7 @@
 #include "controls/Forms.h"
 #include "controls/KeyCodes.h"
 #include "controls/PictureView.h"
+#include "controls/ScreenParts.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
 #include "platform/ShellOpen.h"
@@ -39,12 +40,22 @@ frmScanResultsImages::frmScanResultsImages()
     picSelectedImage = Named(new PictureView(m_central), "picSelectedImage");
     PlaceTw(picSelectedImage, 4620, 1290, 6540, 4380);
     cmdMagnifyMinus = Named(new QPushButton(QStringLiteral("Zoom Out"), m_central), "cmdMagnifyMinus");
-    PlaceTw(cmdMagnifyMinus, 7140, 5760, 1260, 390);
+    PlaceTw(cmdMagnifyMinus, 6840, 5760, 1320, 390);
     cmdMagnifyPlus = Named(new QPushButton(QStringLiteral("Zoom In"), m_central), "cmdMagnifyPlus");
-    PlaceTw(cmdMagnifyPlus, 8520, 5760, 1260, 390);
+    PlaceTw(cmdMagnifyPlus, 8220, 5760, 1320, 390);
     cmdFullScreen = Named(new QPushButton(QStringLiteral("Full Screen"), m_central), "cmdFullScreen");
-    PlaceTw(cmdFullScreen, 9900, 5760, 1260, 390);
+    PlaceTw(cmdFullScreen, 9600, 5760, 1560, 390);
     PlaceTw(lblCurrentPath, 240, 6240, 10920, 270);
+    picFullScreenIn = PictureHolder(m_central, "picFullScreenIn", QStringLiteral("full_screen_in"));
+    picFullScreenOut = PictureHolder(m_central, "picFullScreenOut", QStringLiteral("full_screen_out"));
+    picZoomInNormal = PictureHolder(m_central, "picZoomInNormal", QStringLiteral("zoom_in_normal"));
+    picZoomInHover = PictureHolder(m_central, "picZoomInHover", QStringLiteral("zoom_in_hover"));
+    picZoomOutNormal = PictureHolder(m_central, "picZoomOutNormal", QStringLiteral("zoom_out_normal"));
+    picZoomOutHover = PictureHolder(m_central, "picZoomOutHover", QStringLiteral("zoom_out_hover"));
+    m_faces = new HoverPictures(m_central);
+    m_faces->add(cmdFullScreen, picFullScreenOut, picFullScreenIn);
+    m_faces->add(cmdMagnifyPlus, picZoomInNormal, picZoomInHover);
+    m_faces->add(cmdMagnifyMinus, picZoomOutNormal, picZoomOutHover);
 
     mnuContextMenu = Named(new QMenu(this), "mnuContextMenu");
     mnuContextMenuDefaultViewer =
@@ -84,6 +95,7 @@ frmScanResultsImages::frmScanResultsImages()
 void frmScanResultsImages::Form_Load()
 {
     Fill();
+    m_faces->ShowNormalPictures();
 }
 
 QLabel *frmScanResultsImages::SummaryTotal(frmScanSummary *summary) const

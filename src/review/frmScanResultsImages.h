@@ -2,6 +2,7 @@
 
 #include "review/ViewerScreen.h"
 
+class HoverPictures;
 class PictureView;
 class QAction;
 class QMenu;
@@ -22,6 +23,8 @@ public:
     QAction *mnuContextMenuDefaultViewer;
     QAction *mnuContextMenuCopyImageToClipboard;
     QAction *mnuContextMenuCopyPathToClipboard;
+    QLabel *picFullScreenIn, *picFullScreenOut, *picZoomInNormal, *picZoomInHover, *picZoomOutNormal,
+        *picZoomOutHover;
 
     // The zoom level the view reported after the last step.
     int16_t ZoomLevel = 100;
@@ -40,6 +43,7 @@ protected:
 
 private:
     QString rowPath() const;
+    HoverPictures *m_faces;
     void cmdNext_Click();
     void cmdPrevious_Click();
 };

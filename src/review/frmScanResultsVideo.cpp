@@ -2,6 +2,7 @@
 
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
+#include "controls/ScreenParts.h"
 #include "controls/MediaPlayer.h"
 #include "controls/Pictures.h"
 #include "controls/QuickTimeViewer.h"
@@ -25,13 +26,6 @@ namespace {
 constexpr long FormWidth = 11400;
 constexpr long FormHeight = 7680;
 
-QLabel *holder(QWidget *parent, const char *name, const QString &picture)
-{
-    auto *l = Named(new QLabel(parent), name);
-    l->setPixmap(LoadPicture(picture));
-    l->hide();
-    return l;
-}
 
 QPushButton *transportButton(QWidget *parent, const char *name, const QString &picture, const QString &tip, long left)
 {
@@ -62,10 +56,10 @@ frmScanResultsVideo::frmScanResultsVideo()
 
     picButtonBar = Named(new QWidget(m_central), "picButtonBar");
     PlaceTw(picButtonBar, 5500, 4320, 3700, 540);
-    picPlayOn = holder(m_central, "picPlayOn", QStringLiteral("play_on"));
-    picPlayOff = holder(m_central, "picPlayOff", QStringLiteral("play_off"));
-    picPauseOn = holder(m_central, "picPauseOn", QStringLiteral("pause_on"));
-    picPauseOff = holder(m_central, "picPauseOff", QStringLiteral("pause_off"));
+    picPlayOn = PictureHolder(m_central, "picPlayOn", QStringLiteral("play_on"));
+    picPlayOff = PictureHolder(m_central, "picPlayOff", QStringLiteral("play_off"));
+    picPauseOn = PictureHolder(m_central, "picPauseOn", QStringLiteral("pause_on"));
+    picPauseOff = PictureHolder(m_central, "picPauseOff", QStringLiteral("pause_off"));
     cmdPlay = transportButton(picButtonBar, "cmdPlay", QStringLiteral("play_off"), QStringLiteral("Play"), 0);
     cmdPause = transportButton(picButtonBar, "cmdPause", QStringLiteral("pause_off"), QStringLiteral("Pause"), 780);
     cmdStop = transportButton(picButtonBar, "cmdStop", QStringLiteral("stop"), QStringLiteral("Stop"), 1560);

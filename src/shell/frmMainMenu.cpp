@@ -11,6 +11,7 @@
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 #include "controls/Forms.h"
+#include "controls/ScreenParts.h"
 #include "controls/Pictures.h"
 #include "scan/frmScanDisc.h"
 
@@ -27,13 +28,6 @@
 
 namespace {
 
-QLabel *pictureStore(QWidget *parent, const char *name, const QString &picture)
-{
-    auto *store = Named(new QLabel(parent), name);
-    store->setPixmap(LoadPicture(picture));
-    store->hide();
-    return store;
-}
 
 constexpr long ButtonTop = 3480;
 constexpr long ButtonSize = 1080;
@@ -102,16 +96,16 @@ frmMainMenu::frmMainMenu()
     picDatabaseTitle->setPixmap(LoadPicture(QStringLiteral("title_database")));
     PlaceTw(picDatabaseTitle, 3960, 3060, 3000, 420);
 
-    picScanDiscNormal = pictureStore(central, "picScanDiscNormal", QStringLiteral("scan_disc_normal"));
-    picScanDiscHover = pictureStore(central, "picScanDiscHover", QStringLiteral("scan_disc_hover"));
-    picReportsNormal = pictureStore(central, "picReportsNormal", QStringLiteral("reports_normal"));
-    picReportsHover = pictureStore(central, "picReportsHover", QStringLiteral("reports_hover"));
-    picClientsNormal = pictureStore(central, "picClientsNormal", QStringLiteral("clients_normal"));
-    picClientsHover = pictureStore(central, "picClientsHover", QStringLiteral("clients_hover"));
-    picApplicationsNormal = pictureStore(central, "picApplicationsNormal", QStringLiteral("applications_normal"));
-    picApplicationsHover = pictureStore(central, "picApplicationsHover", QStringLiteral("applications_hover"));
-    picLicensesNormal = pictureStore(central, "picLicensesNormal", QStringLiteral("licenses_normal"));
-    picLicencesHover = pictureStore(central, "picLicencesHover", QStringLiteral("licenses_hover"));
+    picScanDiscNormal = PictureHolder(central, "picScanDiscNormal", QStringLiteral("scan_disc_normal"));
+    picScanDiscHover = PictureHolder(central, "picScanDiscHover", QStringLiteral("scan_disc_hover"));
+    picReportsNormal = PictureHolder(central, "picReportsNormal", QStringLiteral("reports_normal"));
+    picReportsHover = PictureHolder(central, "picReportsHover", QStringLiteral("reports_hover"));
+    picClientsNormal = PictureHolder(central, "picClientsNormal", QStringLiteral("clients_normal"));
+    picClientsHover = PictureHolder(central, "picClientsHover", QStringLiteral("clients_hover"));
+    picApplicationsNormal = PictureHolder(central, "picApplicationsNormal", QStringLiteral("applications_normal"));
+    picApplicationsHover = PictureHolder(central, "picApplicationsHover", QStringLiteral("applications_hover"));
+    picLicensesNormal = PictureHolder(central, "picLicensesNormal", QStringLiteral("licenses_normal"));
+    picLicencesHover = PictureHolder(central, "picLicencesHover", QStringLiteral("licenses_hover"));
 
     auto button = [&](const char *name, const char *labelName, const QString &caption, long left, QLabel **label) {
         auto *b = Named(new QToolButton(central), name);

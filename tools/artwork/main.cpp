@@ -276,6 +276,39 @@ QImage transport(Transport kind, bool on)
     return img;
 }
 
+// ---- the image viewer's buttons: a magnifier in or out and the full-screen corners, lit under the mouse
+
+enum class ViewerGlyph { ZoomIn, ZoomOut, FullScreen };
+
+QImage viewerButton(ViewerGlyph kind, bool hover)
+{
+    QImage img = canvas(20, 20);
+    QPainter p(&img);
+    antialias(p);
+    const QColor ink = hover ? Teal : Navy;
+    p.setBrush(Qt::NoBrush);
+    if (kind == ViewerGlyph::FullScreen) {
+        p.setPen(QPen(ink, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        for (const QPointF &corner : {QPointF(3, 3), QPointF(17, 3), QPointF(3, 17), QPointF(17, 17)}) {
+            const double dx = corner.x() < 10 ? 5 : -5, dy = corner.y() < 10 ? 5 : -5;
+            p.drawPolyline(QPolygonF{corner + QPointF(dx, 0), corner, corner + QPointF(0, dy)});
+        }
+        p.setPen(Qt::NoPen);
+        p.setBrush(hover ? Teal : Line);
+        p.drawRoundedRect(QRectF(7, 7, 6, 6), 1, 1);
+        return img;
+    }
+    p.setPen(QPen(ink, 2));
+    p.drawEllipse(QPointF(8, 8), 5.5, 5.5);
+    p.setPen(QPen(ink, 3, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(12.5, 12.5), QPointF(17, 17));
+    p.setPen(QPen(hover ? Amber : ink, 1.6, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(5.5, 8), QPointF(10.5, 8));
+    if (kind == ViewerGlyph::ZoomIn)
+        p.drawLine(QPointF(8, 5.5), QPointF(8, 10.5));
+    return img;
+}
+
 // ---- banners, logo and splash ------------------------------------------------------------------------
 
 QImage logo()
@@ -420,6 +453,12 @@ int main(int argc, char **argv)
     ok &= save(transport(Transport::Pause, true), QStringLiteral("pictures/pause_on.png"));
     ok &= save(transport(Transport::Pause, false), QStringLiteral("pictures/pause_off.png"));
     ok &= save(transport(Transport::Stop, false), QStringLiteral("pictures/stop.png"));
+    ok &= save(viewerButton(ViewerGlyph::ZoomIn, false), QStringLiteral("pictures/zoom_in_normal.png"));
+    ok &= save(viewerButton(ViewerGlyph::ZoomIn, true), QStringLiteral("pictures/zoom_in_hover.png"));
+    ok &= save(viewerButton(ViewerGlyph::ZoomOut, false), QStringLiteral("pictures/zoom_out_normal.png"));
+    ok &= save(viewerButton(ViewerGlyph::ZoomOut, true), QStringLiteral("pictures/zoom_out_hover.png"));
+    ok &= save(viewerButton(ViewerGlyph::FullScreen, false), QStringLiteral("pictures/full_screen_out.png"));
+    ok &= save(viewerButton(ViewerGlyph::FullScreen, true), QStringLiteral("pictures/full_screen_in.png"));
     ok &= save(logo(), QStringLiteral("pictures/logo.png"));
     ok &= save(splash(), QStringLiteral("pictures/splash.png"));
     ok &= save(banner(), QStringLiteral("pictures/banner.png"));
