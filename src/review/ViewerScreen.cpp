@@ -213,9 +213,14 @@ void ViewerScreen::RemoveEmptyFirstRow()
     }
 }
 
+QString ViewerScreen::RowPath() const
+{
+    return m_grid->TextMatrix(m_grid->Row(), PathColumn);
+}
+
 QString ViewerScreen::ShowPath()
 {
-    const QString path = m_grid->TextMatrix(m_grid->Row(), PathColumn);
+    const QString path = RowPath();
     const QString extract = AppPath() + QStringLiteral("/extract");
     if (path.left(extract.size()) == extract.toUpper())
         m_grid->setToolTipText(QStringLiteral("Archive file: ") + path.mid(extract.size()));

@@ -84,6 +84,8 @@ protected:
     // The row's path on the grid's tool tip ("Archive file: " and the path behind the extract folder for
     // a member) and on lblCurrentPath; returns the path.
     QString ShowPath();
+    // The path of the current row: the row's key.
+    QString RowPath() const;
     // The chain: the first screen whose box is ticked, else the last one named (the summary or the set-up).
     using Chain = QList<QPair<QCheckBox *, QString>>;
     void GoNext(const Chain &chain, bool checkedFirst);

@@ -69,7 +69,7 @@ frmScanResultsAudio::frmScanResultsAudio()
     On(mnuContextOpenInDefaultPlayer, &QAction::triggered, this, [this] { openWithDefaultProgram(); });
     On(mnuContextCopyPathToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
-        QApplication::clipboard()->setText(rowPath());
+        QApplication::clipboard()->setText(RowPath());
     });
     // The transport ignores any failure of the player.
     On(cmdPlay, &QPushButton::clicked, this, [this] { ResumeNext([this] { MediaPlayer1->Play(); }); });
@@ -81,7 +81,7 @@ frmScanResultsAudio::frmScanResultsAudio()
         });
     });
     On(chkLoopAudio, &QCheckBox::clicked, this, [this] {
-        if (gridAudioResults->Rows() > 0 && !rowPath().isEmpty())
+        if (gridAudioResults->Rows() > 0 && !RowPath().isEmpty())
             MediaPlayer1->setPlayCount(chkLoopAudio->isChecked() ? 0 : 1);
     });
     // The pictures are the video screen's: asking for them loads that screen, and its fill runs.
@@ -110,21 +110,16 @@ QLabel *frmScanResultsAudio::SummaryChecked(frmScanSummary *summary) const
     return summary->lblAudioChecked;
 }
 
-QString frmScanResultsAudio::rowPath() const
-{
-    return gridAudioResults->TextMatrix(gridAudioResults->Row(), 1);
-}
-
 void frmScanResultsAudio::openWithDefaultProgram()
 {
     ResumeNext([this] { MediaPlayer1->Stop(); });
-    OpenWithDefaultProgram(rowPath());
+    OpenWithDefaultProgram(RowPath());
 }
 
 void frmScanResultsAudio::PlaySelectedAudio()
 {
     try {
-        const QString path = rowPath();
+        const QString path = RowPath();
         lblCurrentPath->setText(path);
         MediaPlayer1->setFileName(path);
         if (MediaPlayer1->ErrorCode() != 0)

@@ -35,7 +35,6 @@ protected:
     QMenu *ContextMenu() const override { return mnuContext; }
 
 private:
-    QString rowPath() const;
     void openWithDefaultProgram();
     void cmdNext_Click();
     void cmdPrevious_Click();

@@ -79,14 +79,14 @@ frmScanResultsImages::frmScanResultsImages()
     On(cmdMagnifyPlus, &QPushButton::clicked, this, [this] { ZoomIn(); });
     On(cmdMagnifyMinus, &QPushButton::clicked, this, [this] { ZoomOut(); });
     // Opening from the menu is no tick: only the picture shown here counts.
-    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] { OpenWithDefaultProgram(rowPath()); });
+    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] { OpenWithDefaultProgram(RowPath()); });
     On(mnuContextMenuCopyImageToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setImage(picSelectedImage->Picture());
     });
     On(mnuContextMenuCopyPathToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
-        QApplication::clipboard()->setText(rowPath());
+        QApplication::clipboard()->setText(RowPath());
     });
     On(cmdNext, &QPushButton::clicked, this, [this] { cmdNext_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
@@ -106,11 +106,6 @@ QLabel *frmScanResultsImages::SummaryTotal(frmScanSummary *summary) const
 QLabel *frmScanResultsImages::SummaryChecked(frmScanSummary *summary) const
 {
     return summary->lblImagesChecked;
-}
-
-QString frmScanResultsImages::rowPath() const
-{
-    return gridImageResults->TextMatrix(gridImageResults->Row(), 1);
 }
 
 void frmScanResultsImages::ShowSelectedImage()
@@ -160,7 +155,7 @@ void frmScanResultsImages::ShowFullScreenImage()
     try {
         if (gridImageResults->Rows() < 1)
             RaiseVbError(VbErr::GridSubscriptOutOfRange);
-        viewer->picImage->LoadPicture(RealPath(rowPath()));
+        viewer->picImage->LoadPicture(RealPath(RowPath()));
         // The picture's own units against the screen's twips: the halves and quarters are kept as they are.
         const long screenW = ScreenWidthTw(), screenH = ScreenHeightTw();
         const long picW = viewer->picImage->PictureWidth(), picH = viewer->picImage->PictureHeight();

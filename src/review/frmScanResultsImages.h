@@ -42,7 +42,6 @@ protected:
     QMenu *ContextMenu() const override { return mnuContextMenu; }
 
 private:
-    QString rowPath() const;
     HoverPictures *m_faces;
     void cmdNext_Click();
     void cmdPrevious_Click();

@@ -88,7 +88,7 @@ frmScanResultsOther::frmScanResultsOther()
         if (gridTextResults->Rows() < 1)
             return;
         QApplication::clipboard()->clear();
-        QApplication::clipboard()->setText(gridTextResults->TextMatrix(gridTextResults->Row(), PathColumn));
+        QApplication::clipboard()->setText(RowPath());
     });
     On(cmdNext, &QPushButton::clicked, this,
        [this] { GoNext({{nullptr, QStringLiteral("frmScanSummary")}}, false); });
@@ -209,14 +209,14 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
 
 void frmScanResultsOther::SelectRow()
 {
-    lblCurrentPath->setText(gridTextResults->TextMatrix(gridTextResults->Row(), PathColumn));
+    lblCurrentPath->setText(RowPath());
 }
 
 void frmScanResultsOther::OpenAndTick()
 {
     const QScopedValueRollback<bool> busy(m_busy, true);
     // Ticked even when no program is associated: the operator has tried to open it.
-    OpenWithDefaultProgram(gridTextResults->TextMatrix(gridTextResults->Row(), PathColumn));
+    OpenWithDefaultProgram(RowPath());
     TickRow();
 }
 

@@ -54,17 +54,17 @@ frmScanResultsText::frmScanResultsText()
     On(chkSendToIE, &QCheckBox::clicked, this, [this] { chkSendToIE_Click(); });
     On(gridTextResults, &FlexGrid::DblClick, this, [this] {
         if (gridTextResults->Rows() >= 1 && gridTextResults->MouseRow() >= 1)
-            OpenWithDefaultProgram(rowPath());
+            OpenWithDefaultProgram(RowPath());
     });
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] {
         if (gridTextResults->Rows() >= 1)
-            OpenWithDefaultProgram(rowPath());
+            OpenWithDefaultProgram(RowPath());
     });
     On(mnuContextAddPathToClipboard, &QAction::triggered, this, [this] {
         if (gridTextResults->Rows() < 1)
             return;
         QApplication::clipboard()->clear();
-        QApplication::clipboard()->setText(rowPath());
+        QApplication::clipboard()->setText(RowPath());
     });
     On(cmdNext, &QPushButton::clicked, this, [this] { cmdNext_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
@@ -83,11 +83,6 @@ QLabel *frmScanResultsText::SummaryTotal(frmScanSummary *summary) const
 QLabel *frmScanResultsText::SummaryChecked(frmScanSummary *summary) const
 {
     return summary->lblTextChecked;
-}
-
-QString frmScanResultsText::rowPath() const
-{
-    return gridTextResults->TextMatrix(gridTextResults->Row(), 1);
 }
 
 bool frmScanResultsText::LoadTextFile(const QString &path)
@@ -145,7 +140,7 @@ void frmScanResultsText::chkSendToIE_Click()
         txtSelectedText->setEnabled(!chkSendToIE->isChecked());
         return;
     }
-    const QString path = rowPath();
+    const QString path = RowPath();
     if (chkSendToIE->isChecked()) {
         txtSelectedText->clear();
         txtSelectedText->setEnabled(false);

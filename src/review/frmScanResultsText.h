@@ -41,5 +41,4 @@ private:
     void chkSendToIE_Click();
     void cmdNext_Click();
     void cmdPrevious_Click();
-    QString rowPath() const;
 };

@@ -89,7 +89,7 @@ frmScanResultsVideo::frmScanResultsVideo()
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] { openWithDefaultProgram(); });
     On(mnuContextCopyPathToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
-        QApplication::clipboard()->setText(rowPath());
+        QApplication::clipboard()->setText(RowPath());
     });
     On(chkLoopVideo, &QCheckBox::clicked, this, [this] { DeterminePlayMode(); });
     // The DVD controls have no action.
@@ -126,11 +126,6 @@ QLabel *frmScanResultsVideo::SummaryChecked(frmScanSummary *summary) const
     return summary->lblVideoChecked;
 }
 
-QString frmScanResultsVideo::rowPath() const
-{
-    return gridVideoResults->TextMatrix(gridVideoResults->Row(), 1);
-}
-
 void frmScanResultsVideo::stopBoth()
 {
     ResumeNext([this] { MediaPlayer1->Stop(); });
@@ -140,7 +135,7 @@ void frmScanResultsVideo::stopBoth()
 void frmScanResultsVideo::openWithDefaultProgram()
 {
     stopBoth();
-    OpenWithDefaultProgram(rowPath());
+    OpenWithDefaultProgram(RowPath());
 }
 
 void frmScanResultsVideo::DeterminePlayMode()

@@ -48,7 +48,6 @@ protected:
     QMenu *ContextMenu() const override { return mnuContext; }
 
 private:
-    QString rowPath() const;
     void openWithDefaultProgram();
     void stopBoth();
     void cmdPlay_Click();
