@@ -196,13 +196,18 @@ void TestPlayers::videoScreen()
     addMedia(disc, QStringLiteral("DATA/AVSEQ02.DAT"), "INTRO.MPG");
     addMedia(disc, QStringLiteral("MEDIA/PROMO.WMV"), "TRAILER.AVI");
     addMedia(disc, QStringLiteral("MEDIA/CUT.AVI"), "TRAILER.AVI", 4000);
+    disc.add(QStringLiteral("MEDIA/NOTES.MOV")); // text under a movie's name
+    disc.add(QStringLiteral("MEDIA/GONE.MOV"));
+    disc.add(QStringLiteral("MEDIA/GONE.AVI"));
     gMediaFiles = disc.files();
+    QFile::remove(disc.root() + QStringLiteral("/MEDIA/GONE.MOV"));
+    QFile::remove(disc.root() + QStringLiteral("/MEDIA/GONE.AVI"));
     auto *s = Forms::get<frmScanResultsVideo>();
     s->show();
     QVERIFY(QTest::qWaitForWindowExposed(s));
     FlexGrid *grid = Control<FlexGrid>(s, "gridVideoResults");
     // A video CD's track counts; a ".DAT" elsewhere and a ".WMV" do not.
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("5 video files found"));
+    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("8 video files found"));
     QVERIFY(rowOf(grid, "AVSEQ01.DAT") > 0 && rowOf(grid, "AVSEQ02.DAT") < 0 && rowOf(grid, "PROMO.WMV") < 0);
 
     MediaPlayer *player = s->MediaPlayer1;
@@ -250,6 +255,21 @@ void TestPlayers::videoScreen()
     QVERIFY(grid->HasCellPicture(rowOf(grid, "CUT.AVI"), 4));
     QVERIFY(boxes.prompts().size() <= 1);
 
+    // A movie that is not a movie and files gone since the scan: the error's number and the message,
+    // no tick, and the screen goes on.
+    boxes.clear();
+    boxes.queue(vbOK, 3);
+    for (const char *name : {"NOTES.MOV", "GONE.MOV", "GONE.AVI"}) {
+        clickRow(grid, rowOf(grid, name));
+        QVERIFY2(!grid->HasCellPicture(rowOf(grid, name), 4) && grid->isEnabled(), name);
+    }
+    QCOMPARE(boxes.prompts(), (QStringList{QStringLiteral("321 Could not play video file."),
+                                           QStringLiteral("53 Could not play video file."),
+                                           QStringLiteral("53 Could not play video file.")}));
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+    clickRow(grid, rowOf(grid, "INTRO.MPG"));
+    QTRY_COMPARE(player->PlayState(), int(MediaPlayer::Playing));
+
     // Next never asks for the external files: without audio, images or text, the summary.
     auto *scan = Forms::get<frmScanDisc>();
     for (const char *box : {"chkAudioFiles", "chkImageFiles", "chkTextFiles"})
@@ -284,6 +304,17 @@ void TestPlayers::playersLetGoAtExit()
     QCOMPARE(audio->MediaPlayer1->FileName(), harmless);
     QVERIFY(!QFile::exists(member));
     QCOMPARE(boxes.prompts(), QStringList());
+
+    // Without the harmless file each player says so, and the exit goes on.
+    QVERIFY(QFile::rename(harmless, harmless + QStringLiteral(".away")));
+    boxes.queue(vbOK, 2);
+    try {
+        ExitApplication();
+    } catch (const ProcessEnded &) {
+    }
+    QVERIFY(QFile::rename(harmless + QStringLiteral(".away"), harmless));
+    QCOMPARE(boxes.prompts(), QStringList(2, QStringLiteral("Error 53 occured when trying to unlatch mediaplayer.")));
+    QCOMPARE(ended, (QList<int>{0, 0}));
 }
 
 // Each viewer's Next and Back with the kinds asked for on the scan set-up, one letter a box: E programs,

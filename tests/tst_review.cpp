@@ -562,22 +562,25 @@ void TestReview::licencePagesAndWebSearch()
     v->DisplaySelectedLicenseWebsite("O'Neil Utilities");
     QCOMPARE(boxes.prompts(), QStringList(2, "No web-site listed for this program."));
 
-    // The search takes the company name of the row right-clicked, and the bare name after a file
-    // without version data.
+    // The search takes the company name of the current row, and the bare name after a file without
+    // version data. A right click opens the menu over the current row and never moves it.
     FlexGrid *grid = v->gridUnknownEXEs;
     QCOMPARE(gridColumn(grid, 2), QStringList({"File Name", "CHAT.EXE", "PLAIN.EXE"}));
-    const auto rightClickRow = [grid](int row) {
+    const auto clickRow = [grid](int row, Qt::MouseButton button) {
         const int r = row - grid->FixedRows();
-        QTest::mouseClick(grid->viewport(), Qt::RightButton, {},
+        QTest::mouseClick(grid->viewport(), button, {},
                           QPoint(grid->columnViewportPosition(2) + 5, grid->rowViewportPosition(r) + 3));
     };
-    rightClickRow(1);
+    clickRow(1, Qt::LeftButton);
+    clickRow(2, Qt::RightButton);
+    QCOMPARE(grid->Row(), 1);
     QVERIFY(v->mnuContextUnknown->isVisible() && v->mnuContextUnknownSearchOnWeb->isVisible());
     v->mnuContextUnknownSearchOnWeb->trigger();
     v->mnuContextUnknown->hide();
     QCOMPARE(m_opened.last(), QStringLiteral("https://www.google.com/search?q=The Pidgin developer community CHAT.EXE"));
     WriteIniKey("Web", "SearchHost", "https://search.example.net");
-    rightClickRow(2);
+    clickRow(2, Qt::LeftButton);
+    clickRow(2, Qt::RightButton);
     v->mnuContextUnknownSearchOnWeb->trigger();
     v->mnuContextUnknown->hide();
     QCOMPARE(m_opened.last(), QStringLiteral("https://search.example.net/search?q=PLAIN.EXE"));

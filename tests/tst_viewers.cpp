@@ -185,6 +185,16 @@ void TestViewers::textScreenFillsMarksAndTicks()
     QCOMPARE(gCheckedItems.size(), 2);
     QCOMPARE(s->CheckedCount(), int16_t(2));
 
+    // A right click opens the menu over the current row: the row under the mouse is neither selected
+    // nor opened nor ticked.
+    const int credits = rowOf(grid, "CREDITS.NFO");
+    QTest::mouseClick(grid->viewport(), Qt::RightButton, Qt::NoModifier, cellCentre(grid, credits, 2));
+    QVERIFY(s->mnuContext->isVisible());
+    s->mnuContext->hide();
+    QCOMPARE(grid->Row(), plain);
+    QVERIFY(!grid->HasCellPicture(credits, 4));
+    QCOMPARE(gCheckedItems.size(), 2);
+
     // A double click opens the file with the desktop's viewer and adds no tick of its own (its first
     // press selected the row, which showed and ticked it); handing files to the default viewer opens
     // the current one without a tick, and each file selected then is opened and ticked.
@@ -306,7 +316,7 @@ void TestViewers::blocksOf500()
         QCOMPARE(names.last(), QStringLiteral("F%1.TXT").arg(matches, 4, 10, QLatin1Char('0')));
         QCOMPARE(m_progress.size(), matches == 500 ? 1 : 0);
         if (matches == 500) // the 500th match is the 999th entry of 1,000
-            QCOMPARE(m_progress.first(), QStringLiteral("99 Processed 998 of 999 internal files..."));
+            QCOMPARE(m_progress.first(), QStringLiteral("100 Processed 998 of 999 internal files..."));
     } else {
         // The second block's first row overwrote the first block's last; the blank last row sorted to
         // the top and was removed.

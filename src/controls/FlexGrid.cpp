@@ -542,8 +542,10 @@ void FlexGrid::mousePressEvent(QMouseEvent *event)
     const QPoint p = event->position().toPoint();
     trackMouse(p, false);
     const int r = rowAt(p.y()), c = columnAt(p.x());
-    if (r >= 0 && c >= 0) {
-        m_pressed = event->button() == Qt::LeftButton;
+    // Only the left button moves the current cell: a right click leaves it where it is, so a context
+    // menu acts on the current row and never selects (and opens) the row under the mouse.
+    if (r >= 0 && c >= 0 && event->button() == Qt::LeftButton) {
+        m_pressed = true;
         setCurrent(r + m_model->visibleFixed(), c, false);
         Q_EMIT SelChange();
     }

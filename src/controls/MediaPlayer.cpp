@@ -2,6 +2,7 @@
 
 #include "platform/Events.h"
 #include "platform/Paths.h"
+#include "platform/VbError.h"
 
 #include <QAudioOutput>
 #include <QElapsedTimer>
@@ -29,24 +30,31 @@ int stateOf(QMediaPlayer::PlaybackState s)
 }
 } // namespace
 
-MediaPlayer::MediaPlayer(bool video, QWidget *parent)
-    : QWidget(parent), m_player(new QMediaPlayer(this)), m_audio(new QAudioOutput(this))
+MediaPlayer::MediaPlayer(bool video, QWidget *parent) : QWidget(parent)
 {
-    m_player->setAudioOutput(m_audio);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     if (video) {
         m_video = new QVideoWidget(this);
         m_video->setStyleSheet(QStringLiteral("background: black;"));
-        m_player->setVideoOutput(m_video);
         layout->addWidget(m_video, 1);
     }
     m_status = new QLabel(this);
     m_status->setAlignment(Qt::AlignCenter);
     m_status->setStyleSheet(QStringLiteral("background: #12223a; color: #f4f7fa; padding: 4px;"));
     layout->addWidget(m_status);
+    makePlayer();
     showStatus();
+}
 
+void MediaPlayer::makePlayer()
+{
+    m_player = new QMediaPlayer(this);
+    m_audio = new QAudioOutput(m_player);
+    m_player->setAudioOutput(m_audio);
+    if (m_video)
+        m_player->setVideoOutput(m_video);
+    m_player->setLoops(m_playCount == 0 ? int(QMediaPlayer::Infinite) : m_playCount);
     connect(m_player, &QMediaPlayer::playbackStateChanged, this, [this](QMediaPlayer::PlaybackState s) {
         const int old = m_state;
         m_state = stateOf(s);
@@ -61,8 +69,30 @@ MediaPlayer::MediaPlayer(bool video, QWidget *parent)
             return;
         m_errorCode = long(error);
         m_errorDescription = text.isEmpty() ? QStringLiteral("The file cannot be played.") : text;
+        m_failed = true;
         showStatus();
     });
+}
+
+void MediaPlayer::replacePlayer()
+{
+    // GStreamer's pipeline for a file it could not take apart is not used again: its leftovers,
+    // torn down while the next file is set up in the same pipeline, can bring the program down.
+    // The old player is stopped, emptied and let go once the events it has queued have been run.
+    QMediaPlayer *old = m_player;
+    disconnect(old, nullptr, this, nullptr);
+    old->stop();
+    old->setSource(QUrl());
+    old->setVideoOutput(nullptr);
+    DoEvents();
+    delete old;
+    m_failed = false;
+    makePlayer();
+    if (m_state != Stopped) {
+        const int was = m_state;
+        m_state = Stopped;
+        Q_EMIT PlayStateChange(was, m_state);
+    }
 }
 
 MediaPlayer::~MediaPlayer()
@@ -81,13 +111,16 @@ void MediaPlayer::setFileName(const QString &path)
         showStatus();
         return;
     }
+    if (m_failed)
+        replacePlayer();
     const QString real = RealPath(path);
+    // A file that is not there is refused at once; one that cannot be decoded is told by ErrorCode.
     if (!QFileInfo(real).isFile()) {
+        m_player->stop();
         m_player->setSource(QUrl());
-        m_errorCode = long(QMediaPlayer::ResourceError);
-        m_errorDescription = QStringLiteral("The file %1 cannot be found.").arg(QFileInfo(real).fileName());
+        m_fileName.clear();
         showStatus();
-        return;
+        RaiseVbError(VbErr::FileNotFound);
     }
     m_player->setSource(QUrl::fromLocalFile(real));
     m_player->play();
@@ -100,7 +133,9 @@ void MediaPlayer::setFileName(const QString &path)
             break;
         ::Pause(10);
     }
-    if (m_errorCode == 0 && m_player->mediaStatus() == QMediaPlayer::InvalidMedia) {
+    if (m_player->mediaStatus() == QMediaPlayer::InvalidMedia)
+        m_failed = true;
+    if (m_errorCode == 0 && m_failed) {
         m_errorCode = long(QMediaPlayer::FormatError);
         m_errorDescription = QStringLiteral("The file cannot be played.");
     }

@@ -24,7 +24,7 @@ public:
 
     QString FileName() const { return m_fileName; }
     // Opens the file and plays it; returns once the file is open or has failed (ErrorCode), or after a
-    // few seconds of a source that says neither.
+    // few seconds of a source that says neither. A file that is not there raises error 53.
     void setFileName(const QString &path);
     void Play();
     void Pause();
@@ -44,9 +44,12 @@ Q_SIGNALS:
 
 private:
     void showStatus();
+    void makePlayer();
+    void replacePlayer();
 
-    QMediaPlayer *m_player;
-    QAudioOutput *m_audio;
+    QMediaPlayer *m_player = nullptr;
+    QAudioOutput *m_audio = nullptr;
+    bool m_failed = false; // the back end could not take the last file
     QVideoWidget *m_video = nullptr;
     QLabel *m_status = nullptr;
     QString m_fileName;

@@ -2,6 +2,7 @@
 
 #include "platform/Events.h"
 #include "platform/Paths.h"
+#include "platform/VbError.h"
 
 #include <QAudioOutput>
 #include <QDir>
@@ -47,20 +48,34 @@ void QuickTimeViewer::ensurePlayer()
     if (m_player)
         return;
     m_player = new QMediaPlayer(this);
-    m_audio = new QAudioOutput(this);
+    m_audio = new QAudioOutput(m_player);
     m_player->setAudioOutput(m_audio);
-    m_video = new QVideoWidget(this);
-    m_video->setStyleSheet(QStringLiteral("background: black;"));
+    if (!m_video) {
+        m_video = new QVideoWidget(this);
+        m_video->setStyleSheet(QStringLiteral("background: black;"));
+        m_video->resize(size());
+        // The natural size comes with the first picture; asked for in the sink's own call it would block.
+        connect(
+            m_video->videoSink(), &QVideoSink::videoSizeChanged, this,
+            [this] {
+                if (m_video && m_natural.isEmpty())
+                    m_natural = m_video->videoSink()->videoSize();
+            },
+            Qt::QueuedConnection);
+    }
     m_player->setVideoOutput(m_video);
-    m_video->resize(size());
-    // The natural size comes with the first picture; asked for in the sink's own call it would block.
-    connect(
-        m_video->videoSink(), &QVideoSink::videoSizeChanged, this,
-        [this] {
-            if (m_video && m_natural.isEmpty())
-                m_natural = m_video->videoSink()->videoSize();
-        },
-        Qt::QueuedConnection);
+}
+
+void QuickTimeViewer::dropPlayer()
+{
+    // A pipeline that could not take a file apart is not used again (see MediaPlayer).
+    m_player->stop();
+    m_player->setSource(QUrl());
+    m_player->setVideoOutput(nullptr);
+    DoEvents();
+    delete m_player;
+    m_player = nullptr;
+    m_audio = nullptr;
 }
 
 void QuickTimeViewer::setMovieFile(const QString &path)
@@ -73,7 +88,12 @@ void QuickTimeViewer::setMovieFile(const QString &path)
         m_player->setSource(QUrl());
         return;
     }
-    m_player->setSource(QUrl::fromLocalFile(RealPath(path)));
+    const QString real = RealPath(path);
+    if (!QFileInfo(real).isFile()) {
+        m_player->setSource(QUrl());
+        RaiseVbError(VbErr::FileNotFound);
+    }
+    m_player->setSource(QUrl::fromLocalFile(real));
     m_player->setLoops(m_loop ? int(QMediaPlayer::Infinite) : 1);
     // Paused, the first picture is decoded and gives the natural size.
     m_player->pause();
@@ -82,6 +102,11 @@ void QuickTimeViewer::setMovieFile(const QString &path)
     while (m_natural.isEmpty() && waited.elapsed() < 5000 && m_player->error() == QMediaPlayer::NoError &&
            m_player->mediaStatus() != QMediaPlayer::InvalidMedia)
         Pause(10);
+    // A movie that cannot be opened is refused as the file is set, as QuickTime refuses it.
+    if (m_player->error() != QMediaPlayer::NoError || m_player->mediaStatus() == QMediaPlayer::InvalidMedia) {
+        dropPlayer();
+        RaiseVbError(VbErr::InvalidFileFormat);
+    }
 }
 
 void QuickTimeViewer::Play()

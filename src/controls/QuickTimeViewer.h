@@ -24,7 +24,8 @@ public:
     bool IsInitialized() const { return m_initialized; }
 
     // Loads a movie, not yet playing; returns once its first picture gave its natural size, or it
-    // failed, or after a few seconds. An empty name lets go of the movie.
+    // failed, or after a few seconds. An empty name lets go of the movie. A file that is not there
+    // raises error 53, one that cannot be opened as a movie error 321.
     void setMovieFile(const QString &path);
     QString MovieFile() const { return m_movieFile; }
     void Play();
@@ -45,6 +46,7 @@ public:
 
 private:
     void ensurePlayer();
+    void dropPlayer();
 
     bool m_initialized = false;
     QMediaPlayer *m_player = nullptr;

@@ -129,7 +129,7 @@ void ViewerScreen::Fill()
             });
             if (i == last || batch == BlockRows) {
                 if (batch > BlockRows - 1)
-                    UpdateProgressBox(last > 0 ? int(double(i) / last * 100) : 100,
+                    UpdateProgressBox(last > 0 ? double(i) / last * 100 : 100,
                                       QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
                                           QStringLiteral(" internal files..."),
                                       this);
@@ -301,7 +301,7 @@ void ViewerScreen::WriteCheckedLabel()
     SummaryChecked(Forms::get<frmScanSummary>())->setText(QString::number(m_checkedCount));
 }
 
-void ViewerScreen::GoNext(const Chain &chain, bool checkedFirst)
+void ViewerScreen::GoNext(const Chain &chain, bool checkedFirst, const std::function<void()> &stopPlayers)
 {
     QString next;
     for (const auto &[box, name] : chain) {
@@ -316,6 +316,8 @@ void ViewerScreen::GoNext(const Chain &chain, bool checkedFirst)
     QApplication::setOverrideCursor(Qt::WaitCursor);
     if (checkedFirst)
         WriteCheckedLabel();
+    if (stopPlayers)
+        stopPlayers();
     target->Move(Left(), Top());
     target->show();
     hide();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "controls/Form.h"
 #include "controls/Menus.h"
 
@@ -88,7 +90,9 @@ protected:
     QString RowPath() const;
     // The chain: the first screen whose box is ticked, else the last one named (the summary or the set-up).
     using Chain = QList<QPair<QCheckBox *, QString>>;
-    void GoNext(const Chain &chain, bool checkedFirst);
+    // Images, Audio and Video write their checked number first and stop their players (stopPlayers) before
+    // they move on; Text and Other write it once the next screen shows.
+    void GoNext(const Chain &chain, bool checkedFirst, const std::function<void()> &stopPlayers = {});
     void GoBack(const Chain &chain);
     void WriteCheckedLabel();
 

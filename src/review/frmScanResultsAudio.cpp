@@ -134,12 +134,10 @@ void frmScanResultsAudio::PlaySelectedAudio()
 void frmScanResultsAudio::cmdNext_Click()
 {
     const auto *scan = Forms::get<frmScanDisc>();
-    WriteCheckedLabel();
-    ResumeNext([this] { MediaPlayer1->Stop(); });
     GoNext({{scan->chkImageFiles, QStringLiteral("frmScanResultsImages")},
             {scan->chkTextFiles, QStringLiteral("frmScanResultsText")},
             {nullptr, QStringLiteral("frmScanSummary")}},
-           true);
+           true, [this] { ResumeNext([this] { MediaPlayer1->Stop(); }); });
 }
 
 void frmScanResultsAudio::cmdPrevious_Click()

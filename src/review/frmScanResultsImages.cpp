@@ -127,6 +127,7 @@ void frmScanResultsImages::ShowSelectedImage()
     gridImageResults->setFocus();
     QApplication::restoreOverrideCursor();
     TickRow();
+    gridImageResults->setCol(0);
     gridImageResults->setFocus();
     DoEvents();
 }

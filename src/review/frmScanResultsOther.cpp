@@ -170,7 +170,7 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
                 DoEvents();
             if (i == last || (batch == BlockRows && i != 0)) {
                 if (last > BlockRows - 1)
-                    UpdateProgressBox(int(double(i) / last * 100),
+                    UpdateProgressBox(double(i) / last * 100,
                                       QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
                                           QStringLiteral(" external files..."),
                                       this);
@@ -218,6 +218,7 @@ void frmScanResultsOther::OpenAndTick()
     // Ticked even when no program is associated: the operator has tried to open it.
     OpenWithDefaultProgram(RowPath());
     TickRow();
+    gridTextResults->setCol(0);
 }
 
 void frmScanResultsOther::HeadingClicked()

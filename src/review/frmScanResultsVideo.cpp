@@ -12,6 +12,7 @@
 #include "reporting/frmScanSummary.h"
 #include "review/ViewerFiles.h"
 #include "scan/frmScanDisc.h"
+#include "shell/frmProgressBox.h"
 #include "shell/Progress.h"
 
 #include <QAction>
@@ -112,7 +113,9 @@ void frmScanResultsVideo::Form_Load()
 void frmScanResultsVideo::ShowVideos()
 {
     // The first screen behind the programs: its progress box shows from the start.
-    UpdateProgressBox(0, QString(), this);
+    auto *box = Forms::get<frmProgressBox>();
+    box->show();
+    box->repaint();
     Fill();
 }
 
@@ -267,9 +270,7 @@ void frmScanResultsVideo::cmdNext_Click()
                       {scan->chkImageFiles, QStringLiteral("frmScanResultsImages")},
                       {scan->chkTextFiles, QStringLiteral("frmScanResultsText")},
                       {nullptr, QStringLiteral("frmScanSummary")}};
-    WriteCheckedLabel();
-    stopBoth();
-    GoNext(chain, true);
+    GoNext(chain, true, [this] { stopBoth(); });
 }
 
 void frmScanResultsVideo::cmdPrevious_Click()

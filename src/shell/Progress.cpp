@@ -2,6 +2,8 @@
 
 #include "platform/Events.h"
 
+#include <cmath>
+
 namespace {
 ProgressSink &sink()
 {
@@ -15,11 +17,11 @@ void SetProgressSink(ProgressSink s)
     sink() = std::move(s);
 }
 
-void UpdateProgressBox(int percent, const QString &text, QObject *)
+void UpdateProgressBox(double percent, const QString &text, QObject *)
 {
     DoEvents();
     if (sink().update)
-        sink().update(percent, text);
+        sink().update(int(std::nearbyint(percent)), text);
 }
 
 void UnloadProgressBox()

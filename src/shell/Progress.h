@@ -15,6 +15,7 @@ struct ProgressSink {
 void SetProgressSink(ProgressSink sink);
 
 // Pumps events, then shows the text and the percent in the progress box, making it visible if it is
-// not. The form argument is not used. The caller unloads the box when done.
-void UpdateProgressBox(int percent, const QString &text, QObject *form = nullptr);
+// not. The percent is a whole number, rounded half to even as the runtime's Integer is. The form
+// argument is not used. The caller unloads the box when done.
+void UpdateProgressBox(double percent, const QString &text, QObject *form = nullptr);
 void UnloadProgressBox();
