@@ -159,6 +159,8 @@ void FlexGrid::setFixedRows(int rows)
 void FlexGrid::setCurrent(int row, int col, bool fromUser)
 {
     const bool moved = row != m_row || col != m_col;
+    if (moved)
+        Q_EMIT LeaveCell();
     m_row = m_rowSel = row;
     m_col = m_colSel = col;
     if (!fromUser)
@@ -174,6 +176,8 @@ void FlexGrid::setRow(int row)
     if (row < 0 || row >= Rows())
         throw MakeVbError(VbErr::InvalidRowValue);
     const bool moved = row != m_row;
+    if (moved)
+        Q_EMIT LeaveCell();
     m_row = m_rowSel = row;
     showSelection();
     if (moved)
@@ -185,6 +189,8 @@ void FlexGrid::setCol(int col)
     if (col < 0 || col >= Cols())
         throw MakeVbError(VbErr::InvalidColValue);
     const bool moved = col != m_col;
+    if (moved)
+        Q_EMIT LeaveCell();
     m_col = m_colSel = col;
     showSelection();
     if (moved)

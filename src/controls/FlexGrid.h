@@ -110,6 +110,8 @@ Q_SIGNALS:
     void DblClick();
     void KeyDown(int keyCode, int shift);
     void KeyPress(int keyAscii);
+    // Before the current cell moves, while Row and Col still name the cell being left.
+    void LeaveCell();
     void RowColChange();
     void SelChange();
 

@@ -72,6 +72,19 @@ long ResumeNext(const std::function<void()> &statement)
     return 0;
 }
 
+void RetryOn(long number, const std::function<void()> &statement)
+{
+    for (int attempt = 1;; ++attempt) {
+        try {
+            statement();
+            return;
+        } catch (const VbError &e) {
+            if (e.number != number || attempt >= 5)
+                throw;
+        }
+    }
+}
+
 void SetEndProcessHook(EndProcessHook hook)
 {
     endHook() = std::move(hook);

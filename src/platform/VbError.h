@@ -42,6 +42,7 @@ constexpr long SetNotPermitted = 387;
 constexpr long InvalidRowValue = 30009;
 constexpr long InvalidColValue = 30010;
 constexpr long UnspecifiedFailure = -2147467259; // a platform object's "unspecified error"
+constexpr long ObjectDisconnected = -2147417848; // "the object invoked has disconnected from its clients"
 } // namespace VbErr
 
 // The numbers a failing statement or connection raises, the same on every engine.
@@ -63,6 +64,10 @@ VbError MakeVbError(long number);
 long ResumeNextOn(std::initializer_list<long> numbers, const std::function<void()> &statement);
 // The same for every number.
 long ResumeNext(const std::function<void()> &statement);
+
+// Runs a statement again for as long as it fails with the given number (a handler's "Resume"), at
+// most a few times; another failure, or the same one past that, passes on.
+void RetryOn(long number, const std::function<void()> &statement);
 
 // The end of the process. Tests that exercise a fatal road replace it (EndProcessHook), so the road can
 // be followed without losing the test program.

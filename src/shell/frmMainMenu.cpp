@@ -10,6 +10,7 @@
 #include "shell/CAutoComplete.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
+#include "catalogue/frmClientControl.h"
 #include "controls/Forms.h"
 #include "controls/ScreenParts.h"
 #include "controls/Pictures.h"
@@ -147,6 +148,8 @@ frmMainMenu::frmMainMenu()
     On(menus.mnuScanEngineScanDisc, &QAction::triggered, this, [this] { ScanDisc(); });
     On(cmdReports, &QToolButton::clicked, this, [this] { OpenReportsForm(); });
     On(menus.mnuScanEngineReports, &QAction::triggered, this, [this] { OpenReportsForm(); });
+    On(cmdClients, &QToolButton::clicked, this, [this] { ClientControl(); });
+    On(menus.mnuDatabaseClients, &QAction::triggered, this, [this] { ClientControl(); });
     On(cmdLicenseControl, &QToolButton::clicked, this, [this] { LicenseControl(); });
     On(menus.mnuDatabaseLicenseControl, &QAction::triggered, this, [this] { LicenseControl(); });
     On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
@@ -292,6 +295,16 @@ void frmMainMenu::OpenReportsForm()
     menu->SlideMenuOut(4);
     viewer->show();
     menu->Unload();
+}
+
+void frmMainMenu::ClientControl()
+{
+    auto *clients = Forms::get<frmClientControl>();
+    clients->Move(Left(), Top());
+    SlideMenuOut(4);
+    clients->show();
+    DoEvents();
+    Unload();
 }
 
 void frmMainMenu::LicenseControl()

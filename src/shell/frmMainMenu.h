@@ -64,6 +64,7 @@ private:
     void txtClientSearch_Change();
     bool ClientChosen();
     void ScanDisc();
+    void ClientControl();
     void LicenseControl();
     void ShowNormalPictures();
     QList<QToolButton *> buttons() const;

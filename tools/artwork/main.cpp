@@ -171,9 +171,36 @@ void glyphLicence(QPainter &p, const QRectF &r, const QColor &ink)
     p.drawLine(QPointF(r.right() - r.width() * 0.3, y), QPointF(r.right() - r.width() * 0.3, y + r.height() * 0.1));
 }
 
-QImage button(const Glyph &glyph, bool hover)
+void glyphAdd(QPainter &p, const QRectF &r, const QColor &ink)
 {
-    const int s = 64;
+    p.setPen(QPen(ink, r.width() / 6, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(r.center().x(), r.top() + r.height() * 0.1), QPointF(r.center().x(), r.bottom() - r.height() * 0.1));
+    p.drawLine(QPointF(r.left() + r.width() * 0.1, r.center().y()), QPointF(r.right() - r.width() * 0.1, r.center().y()));
+}
+
+void glyphDelete(QPainter &p, const QRectF &r, const QColor &ink)
+{
+    p.setPen(QPen(ink, r.width() / 6, Qt::SolidLine, Qt::RoundCap));
+    const QRectF x = r.adjusted(r.width() * 0.16, r.height() * 0.16, -r.width() * 0.16, -r.height() * 0.16);
+    p.drawLine(x.topLeft(), x.bottomRight());
+    p.drawLine(x.topRight(), x.bottomLeft());
+}
+
+void glyphSave(QPainter &p, const QRectF &r, const QColor &ink)
+{
+    // a diskette
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink);
+    p.drawRoundedRect(r, 2, 2);
+    p.setBrush(Qt::white);
+    p.drawRect(QRectF(r.left() + r.width() * 0.2, r.top(), r.width() * 0.5, r.height() * 0.32));
+    p.drawRoundedRect(QRectF(r.left() + r.width() * 0.14, r.top() + r.height() * 0.5, r.width() * 0.72, r.height() * 0.42), 1, 1);
+    p.setBrush(ink);
+    p.drawRect(QRectF(r.left() + r.width() * 0.5, r.top() + r.height() * 0.04, r.width() * 0.12, r.height() * 0.22));
+}
+
+QImage button(const Glyph &glyph, bool hover, int s = 64)
+{
     QImage img = canvas(s, s);
     QPainter p(&img);
     antialias(p);
@@ -188,8 +215,9 @@ QImage button(const Glyph &glyph, bool hover)
     }
     p.setPen(QPen(hover ? Teal.darker(130) : Line, 1.5));
     p.setBrush(g);
-    p.drawRoundedRect(tile, 12, 12);
-    glyph(p, tile.adjusted(12, 12, -12, -12), hover ? DeepNavy : Navy);
+    p.drawRoundedRect(tile, s / 5.0, s / 5.0);
+    const double inset = s * 0.19;
+    glyph(p, tile.adjusted(inset, inset, -inset, -inset), hover ? DeepNavy : Navy);
     return img;
 }
 
@@ -444,6 +472,15 @@ int main(int argc, char **argv)
     for (const auto &b : buttons) {
         ok &= save(button(b.glyph, false), QStringLiteral("pictures/%1_normal.png").arg(QLatin1String(b.name)));
         ok &= save(button(b.glyph, true), QStringLiteral("pictures/%1_hover.png").arg(QLatin1String(b.name)));
+    }
+    // the catalogue screens' record buttons
+    const struct {
+        const char *name;
+        Glyph glyph;
+    } records[] = {{"record_add", glyphAdd}, {"record_delete", glyphDelete}, {"record_save", glyphSave}};
+    for (const auto &b : records) {
+        ok &= save(button(b.glyph, false, 40), QStringLiteral("pictures/%1_normal.png").arg(QLatin1String(b.name)));
+        ok &= save(button(b.glyph, true, 40), QStringLiteral("pictures/%1_hover.png").arg(QLatin1String(b.name)));
     }
     ok &= save(markZip(), QStringLiteral("pictures/zip.png"));
     ok &= save(markHidden(), QStringLiteral("pictures/hidden.png"));

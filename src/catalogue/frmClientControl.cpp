@@ -1,0 +1,244 @@
+#include "catalogue/frmClientControl.h"
+
+#include "catalogue/Database.h"
+#include "catalogue/InPlaceEditing.h"
+#include "controls/FlexGrid.h"
+#include "controls/Forms.h"
+#include "controls/ScreenParts.h"
+#include "platform/Events.h"
+#include "platform/MsgBox.h"
+#include "platform/ShellOpen.h"
+#include "platform/VbError.h"
+#include "review/ViewerFiles.h"
+#include "shell/MainMod.h"
+#include "shell/MainModScreens.h"
+#include "shell/frmMainMenu.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace {
+constexpr long FormWidth = 9360;
+constexpr long FormHeight = 7200;
+
+QPushButton *recordButton(QWidget *parent, const char *name, const char *labelName, const QString &caption, long top,
+                          QLabel **label)
+{
+    auto *b = Named(new QPushButton(parent), name);
+    b->setFlat(true);
+    b->setCursor(Qt::PointingHandCursor);
+    PlaceTw(b, 8100, top, 720, 720);
+    *label = Named(new QLabel(caption, parent), labelName);
+    (*label)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    PlaceTw(*label, 7740, top + 750, 1440, 270);
+    return b;
+}
+} // namespace
+
+frmClientControl::frmClientControl()
+{
+    setObjectName(QStringLiteral("frmClientControl"));
+    setWindowTitle(QStringLiteral("KEVRO - Client Control"));
+    auto *central = new QWidget(this);
+    setCentralWidget(central);
+    menus = BuildStandardMenus(this);
+    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
+    picBanner = BannerPicture(central, FormWidth);
+
+    gridClients = Named(new FlexGrid(central), "gridClients");
+    gridClients->setSelectionModeValue(FlexGrid::flexSelectionByRow);
+    PlaceTw(gridClients, 240, 1080, 7560, 3660);
+    txtEdit = Named(new QLineEdit(central), "txtEdit");
+
+    cmdSaveRecords = recordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 1080,
+                                  &lblSaveRecord);
+    cmdAddRecord =
+        recordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 2220, &lblAddRecord);
+    cmdDeleteRecord = recordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
+                                   3360, &lblDeleteRecord);
+    picSaveNormal = PictureHolder(central, "picSaveNormal", QStringLiteral("record_save_normal"));
+    picSaveHover = PictureHolder(central, "picSaveHover", QStringLiteral("record_save_hover"));
+    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
+    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
+    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
+    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
+    m_faces = new HoverPictures(central);
+    m_faces->add(cmdSaveRecords, picSaveNormal, picSaveHover);
+    m_faces->add(cmdAddRecord, picAddNormal, picAddHover);
+    m_faces->add(cmdDeleteRecord, picDeleteNormal, picDeleteHover);
+
+    fraImportOptions = Named(new QGroupBox(QStringLiteral("Import From File"), central), "fraImportOptions");
+    PlaceTw(fraImportOptions, 240, 4920, 8880, 1200);
+    lblFilePath = Named(new QLabel(QStringLiteral("File Path:"), fraImportOptions), "lblFilePath");
+    PlaceTw(lblFilePath, 180, 390, 900, 285);
+    txtFilePath = Named(new QLineEdit(fraImportOptions), "txtFilePath");
+    PlaceTw(txtFilePath, 1080, 345, 5640, 345);
+    cmdBrowse = Named(new QPushButton(QStringLiteral("&Browse"), fraImportOptions), "cmdBrowse");
+    PlaceTw(cmdBrowse, 6840, 330, 900, 375);
+    optReplace = Named(new QRadioButton(QStringLiteral("&Replace"), fraImportOptions), "optReplace");
+    PlaceTw(optReplace, 1080, 780, 1200, 300);
+    optReplace->setChecked(true);
+    optAppend = Named(new QRadioButton(QStringLiteral("A&ppend"), fraImportOptions), "optAppend");
+    PlaceTw(optAppend, 2400, 780, 1200, 300);
+    cmdImport = Named(new QPushButton(QStringLiteral("&Import"), fraImportOptions), "cmdImport");
+    PlaceTw(cmdImport, 7860, 330, 900, 375);
+
+    // The search row was never finished: stored hidden and disabled.
+    Label1 = Named(new QLabel(QStringLiteral("Search:"), central), "Label1");
+    txtSearch = Named(new QLineEdit(central), "txtSearch");
+    cmdPerformSearch = Named(new QPushButton(QStringLiteral("Go"), central), "cmdPerformSearch");
+    chkShowAllFiles = Named(new QCheckBox(QStringLiteral("Show All Files"), central), "chkShowAllFiles");
+    for (QWidget *w : std::initializer_list<QWidget *>{Label1, txtSearch, cmdPerformSearch, chkShowAllFiles}) {
+        w->setEnabled(false);
+        w->hide();
+    }
+
+    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6270, 8880);
+    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6300, 8880);
+    cmdPrevious = Named(new QPushButton(QStringLiteral("< &Back"), central), "cmdPrevious");
+    cmdPrevious->setDefault(true);
+    PlaceTw(cmdPrevious, 7860, 6480, 1260, 450);
+
+    dlgTextFile.DialogTitle = QStringLiteral("Import Client List");
+    dlgTextFile.Filter = QStringLiteral("Text (*.txt)|*.txt");
+
+    // A pop-up that was never given a use here.
+    mnuFileGridContext = Named(new QMenu(this), "mnuFileGridContext");
+    Named(mnuFileGridContext->addAction(QStringLiteral("&Edit")), "mnuFileGridContextEdit");
+    Named(mnuFileGridContext->addAction(QStringLiteral("&Delete")), "mnuFileGridContextDelete");
+
+    m_editing = new InPlaceEditing(gridClients, txtEdit, cmdDeleteRecord, cmdSaveRecords);
+    On(gridClients, &FlexGrid::DblClick, this, [this] { BeginCellEdit(); });
+    On(cmdAddRecord, &QPushButton::clicked, this, [this] { AddClientRow(); });
+    On(cmdDeleteRecord, &QPushButton::clicked, this, [this] { DeleteClientRow(); });
+    On(cmdSaveRecords, &QPushButton::clicked, this, [this] { SaveRecords(); });
+    On(cmdBrowse, &QPushButton::clicked, this, [this] { cmdBrowse_Click(); });
+    On(cmdImport, &QPushButton::clicked, this, [this] { ImportClientList(); });
+    On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
+    On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
+    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
+    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
+    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    // The Scan Engine and Database entries do nothing on this screen.
+}
+
+void frmClientControl::Form_Load()
+{
+    m_faces->ShowNormalPictures();
+    ShowDBClients();
+    cmdDeleteRecord->setEnabled(false); // until the grid is touched
+}
+
+void frmClientControl::Form_QueryUnload(int &, int unloadMode)
+{
+    // The close box ends the program at once.
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
+}
+
+void frmClientControl::ShowDBClients()
+{
+    m_editing->Fill(QStringLiteral("Select KEVRO_CLIENTS.CLIENT_ID, ") + QStringLiteral("KEVRO_CLIENTS.CLIENT_NAME ") +
+                        QStringLiteral("From KEVRO_CLIENTS ") + QStringLiteral("Order By CLIENT_NAME"),
+                    QStringLiteral("CLIENT_ID"), QStringLiteral("CLIENT_NAME"), QStringLiteral("ShowDBClients"));
+}
+
+void frmClientControl::CommitCellEdit()
+{
+    m_editing->CommitCellEdit();
+}
+
+void frmClientControl::BeginCellEdit()
+{
+    m_editing->StartCellEdit();
+}
+
+void frmClientControl::AddClientRow()
+{
+    m_editing->AddRow();
+}
+
+void frmClientControl::DeleteClientRow()
+{
+    // A row that was never saved runs no statement, and then the connection stays open, as it stands.
+    m_editing->DeleteRow(QStringLiteral("Delete KEVRO_CLIENTS.CLIENT_ID ") + QStringLiteral("From KEVRO_CLIENTS ") +
+                             QStringLiteral("Where KEVRO_CLIENTS.CLIENT_ID="),
+                         false);
+}
+
+void frmClientControl::SaveRecords()
+{
+    // An insert keeps the name as typed, apostrophes and all (and fails on one); an update strips them.
+    const auto name = [this](int row) { return gridClients->TextMatrix(row, InPlaceEditing::NameColumn); };
+    m_editing->SaveRows(
+        [&](int row) {
+            return QStringLiteral("Insert Into KEVRO_CLIENTS( ") + QStringLiteral("CLIENT_NAME) ") +
+                   QStringLiteral("Values(") + QStringLiteral("'") + name(row) + QStringLiteral("')");
+        },
+        [&](int row) {
+            return QStringLiteral("Update KEVRO_CLIENTS Set ") + QStringLiteral("CLIENT_NAME = '") +
+                   RemoveApostrophes(name(row)) + QStringLiteral("' ") + QStringLiteral("Where CLIENT_ID = ") +
+                   gridClients->TextMatrix(row, InPlaceEditing::KeyColumn) + QStringLiteral(" ");
+        },
+        QStringLiteral("Saving Client Information..."), [this] { ShowDBClients(); },
+        QStringLiteral("Clients updated in KEVRO database"));
+}
+
+void frmClientControl::cmdBrowse_Click()
+{
+    try {
+        dlgTextFile.ShowOpen(this);
+        txtFilePath->setText(dlgTextFile.FileName);
+    } catch (const VbError &) {
+        // Cancel
+    }
+}
+
+void frmClientControl::ImportClientList()
+{
+    // No handler: a line the database refuses (an apostrophe) is the platform's message and the end,
+    // and what was imported before it stays.
+    const QString path = txtFilePath->text();
+    if (!FileExists(path)) {
+        MsgBox(QStringLiteral("File does not exist!"), vbExclamation);
+        return;
+    }
+    QFile stream(path);
+    if (!stream.open(QIODevice::ReadOnly))
+        RaiseVbError(VbErr::PermissionDenied);
+    OpenDatabase();
+    if (!optAppend->isChecked())
+        gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
+    while (!stream.atEnd()) {
+        // One name a line, with CR LF or LF; a line that is not UTF-8 is read in the Windows code page.
+        QByteArray line = stream.readLine();
+        if (line.endsWith('\n'))
+            line.chop(1);
+        if (line.endsWith('\r'))
+            line.chop(1);
+        gConnection->Execute(QStringLiteral("Insert Into KEVRO_CLIENTS(") + QStringLiteral("CLIENT_NAME) ") +
+                             QStringLiteral("Values(") + QStringLiteral("'") + DecodeTextFile(line) +
+                             QStringLiteral("')"));
+    }
+    CloseDatabase();
+    ShowDBClients();
+    MsgBox(QStringLiteral("Import completed sucessfully."), vbInformation);
+    stream.close();
+}
+
+void frmClientControl::cmdPrevious_Click()
+{
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->Move(Left(), Top());
+    menu->show();
+    DoEvents();
+    Unload();
+}
