@@ -8,6 +8,9 @@
 #include "TestSupport.h"
 
 #include "catalogue/frmClientControl.h"
+#include "catalogue/frmFileControl.h"
+#include "catalogue/frmFileEntry.h"
+#include "catalogue/frmOwnerEntry.h"
 #include "controls/CommonDialog.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
@@ -18,6 +21,11 @@
 #include "shell/Progress.h"
 #include "shell/frmMainMenu.h"
 
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QToolButton>
 #include <QPushButton>
@@ -76,10 +84,15 @@ private Q_SLOTS:
     void clients();
     void clientImport_data();
     void clientImport();
+    void owners_data();
+    void owners();
+    void applications_data();
+    void applications();
 
 private:
     bool useEngine(const QString &engine);
     frmClientControl *openClients();
+    frmFileControl *openApplications();
     QStringList storedClients();
 
     TempAppFolder m_app;
@@ -98,6 +111,9 @@ void TestCatalogueScreens::cleanup()
     SetEndProcessHook(nullptr);
     SetOpenDialogResponder(nullptr);
     Forms::unload<frmClientControl>();
+    Forms::unload<frmOwnerEntry>();
+    Forms::unload<frmFileEntry>();
+    Forms::unload<frmFileControl>();
     Forms::unload<frmMainMenu>();
 }
 
@@ -121,6 +137,15 @@ frmClientControl *TestCatalogueScreens::openClients()
     menu->show();
     Click(menu->cmdClients);
     auto *s = Forms::get<frmClientControl>();
+    return s->isVisible() && !Forms::isLoaded<frmMainMenu>() ? s : nullptr;
+}
+
+frmFileControl *TestCatalogueScreens::openApplications()
+{
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->show();
+    Click(menu->cmdFileControl);
+    auto *s = Forms::get<frmFileControl>();
     return s->isVisible() && !Forms::isLoaded<frmMainMenu>() ? s : nullptr;
 }
 
@@ -322,6 +347,216 @@ void TestCatalogueScreens::clientImport()
         QCOMPARE(storedClients(), QStringList{kept});
     }
     QCOMPARE(ended, (QList<int>{1, 1}));
+}
+
+void TestCatalogueScreens::owners_data()
+{
+    clients_data();
+}
+
+void TestCatalogueScreens::owners()
+{
+    QFETCH(QString, engine);
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    MsgBoxResponder boxes;
+    auto *list = openApplications();
+    QVERIFY(list);
+    Click(list->cmdOwners);
+    auto *s = Forms::get<frmOwnerEntry>();
+    QVERIFY(s->isVisible() && list->isHidden());
+    QCOMPARE(s->windowTitle(), QStringLiteral("KEVRO - Owner Entry"));
+    FlexGrid *grid = s->gridOwners;
+    QCOMPARE(grid->Rows(), 0);
+    QVERIFY(!s->cmdDeleteRecord->isEnabled() && !s->cmdSaveRecords->isEnabled());
+
+    // Both statements drop the apostrophe; an added row deleted before the save touches nothing.
+    Click(s->cmdAddRecord);
+    QVERIFY(s->cmdDeleteRecord->isEnabled() && s->cmdSaveRecords->isEnabled());
+    typeName(s->txtEdit, QStringLiteral("O'Reilly Software"));
+    Click(s->cmdAddRecord);
+    typeName(s->txtEdit, QStringLiteral("Throwaway"));
+    boxes.queue(vbYes);
+    Click(s->cmdDeleteRecord);
+    Click(s->cmdAddRecord);
+    typeName(s->txtEdit, QStringLiteral("Adobe"));
+    boxes.queue(vbOK);
+    Click(s->cmdSaveRecords);
+    QCOMPARE(boxes.prompts().last(), QStringLiteral("Owners updated in KEVRO database"));
+    QCOMPARE(names(grid), (QStringList{"Adobe", "OReilly Software"}));
+
+    // A row left blank: the message, and the rows before it have been written.
+    clickRow(grid, 0);
+    QTest::keyClick(grid, 'A'); // a key on the grid opens the box with that key
+    QCOMPARE(s->txtEdit->text(), QStringLiteral("A"));
+    QTest::keyClicks(s->txtEdit, "dobe Systems");
+    QCOMPARE(states(grid)[0], QStringLiteral("Update"));
+    Click(s->cmdAddRecord);
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(s->cmdSaveRecords);
+    QCOMPARE(boxes.prompts(), QStringList{"All fields must be completed before saving."});
+    QStringList stored = m_catalogue.column("SELECT OWNER_NAME FROM KEVRO_OWNERS", "OWNER_NAME");
+    stored.sort();
+    QCOMPARE(stored, (QStringList{"Adobe Systems", "OReilly Software"}));
+
+    // A delete goes at once; the last row leaves an empty grid with delete and save disabled.
+    s->ShowDBOwners();
+    boxes.clear();
+    boxes.queue(vbYes, 2);
+    clickRow(grid, 0);
+    Click(s->cmdDeleteRecord);
+    Click(s->cmdDeleteRecord);
+    QCOMPARE(m_catalogue.column("SELECT OWNER_NAME FROM KEVRO_OWNERS", "OWNER_NAME"), QStringList());
+    QVERIFY(!s->cmdDeleteRecord->isEnabled() && !s->cmdSaveRecords->isEnabled());
+
+    // Back to the applications.
+    Click(s->cmdBack);
+    QVERIFY(!Forms::isLoaded<frmOwnerEntry>() && list->isVisible());
+}
+
+void TestCatalogueScreens::applications_data()
+{
+    clients_data();
+}
+
+void TestCatalogueScreens::applications()
+{
+    QFETCH(QString, engine);
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Adobe')");
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Macromedia')");
+    MsgBoxResponder boxes;
+    auto *list = openApplications();
+    QVERIFY(list);
+    QCOMPARE(list->windowTitle(), QStringLiteral("KEVRO - Application Control"));
+    QCOMPARE(list->gridFiles->Rows(), 0);
+    QVERIFY(!list->cmdEditRecord->isEnabled() && !list->cmdDeleteRecord->isEnabled());
+
+    // Add: each missing piece is named in turn.
+    Click(list->cmdAddRecord);
+    auto *entry = Forms::get<frmFileEntry>();
+    QVERIFY(entry->isVisible() && list->isHidden());
+    QCOMPARE(entry->lblResultComment->text(), QStringLiteral("Add Application"));
+    FlexGrid *grid = entry->gridAppComponents;
+    QCOMPARE(grid->Rows(), 2);
+    QCOMPARE(grid->TextMatrix(0, 1), QStringLiteral("File Name"));
+    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Insert"));
+    QCOMPARE(entry->drpOwnerName->count(), 2);
+    boxes.queue(vbOK, 3);
+    entry->cmdSave->setEnabled(true);
+    Click(entry->cmdSave);
+    entry->txtAppName->setText(QStringLiteral("O'Brien Flash Player"));
+    Click(entry->cmdSave);
+    entry->drpOwnerName->setCurrentIndex(entry->drpOwnerName->findText("Macromedia"));
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts(),
+             (QStringList{"You must enter a filename",
+                          "You must select an application owner.  Create application owners on the previous screen, "
+                          "if none are available.",
+                          "All application component fields must be completed before saving."}));
+
+    // The components typed into the grid's floating box; a licence per product always requires one.
+    const auto editCell = [grid, entry](int row, int col, const QString &text) {
+        grid->setRow(row);
+        grid->setCol(col);
+        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier,
+                           grid->visualRect(grid->model()->index(row - 1, col)).center());
+        typeName(entry->txtEdit, text);
+        grid->setFocus();
+    };
+    editCell(1, 1, QStringLiteral("FLASH.OCX"));
+    editCell(1, 2, QStringLiteral("Flash control"));
+    Click(entry->cmdAddAppCompRecord);
+    editCell(2, 1, QStringLiteral("FLASHUTIL.EXE"));
+    editCell(2, 2, QStringLiteral("Flash's helper"));
+    Click(entry->chkPerProductLicense);
+    QVERIFY(entry->chkRequiresLicense->isChecked() && !entry->chkRequiresLicense->isEnabled());
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Record added to KEVRO database"});
+    QVERIFY(!Forms::isLoaded<frmFileEntry>() && list->isVisible());
+    QCOMPARE(names(list->gridFiles), QStringList{"OBrien Flash Player"});
+    QCOMPARE(m_catalogue.column("SELECT EXE_DESCRIPTION FROM KEVRO_APP_COMPONENTS ORDER BY EXE_NAME", "EXE_DESCRIPTION"),
+             (QStringList{"Flash control", "Flashs helper"}));
+    QCOMPARE(m_catalogue.column("SELECT CAST(APP_REQUIRES_LICENSE AS INTEGER) AS R FROM KEVRO_APPS", "R"),
+             QStringList{"1"});
+    const QString stamp = m_catalogue.column("SELECT APP_DATE_EDITED FROM KEVRO_APPS", "APP_DATE_EDITED").value(0);
+    QVERIFY(!stamp.isEmpty());
+
+    // Edit: the record and its components come back; a component deleted and then Back stays deleted,
+    // the other changes are lost.
+    clickRow(list->gridFiles, 0);
+    QVERIFY(list->cmdEditRecord->isEnabled() && list->cmdDeleteRecord->isEnabled());
+    Click(list->cmdEditRecord);
+    entry = Forms::get<frmFileEntry>();
+    QCOMPARE(entry->lblResultComment->text(), QStringLiteral("Edit Application"));
+    QCOMPARE(entry->txtAppName->text(), QStringLiteral("OBrien Flash Player"));
+    QCOMPARE(entry->drpOwnerName->currentText(), QStringLiteral("Macromedia"));
+    QVERIFY(entry->chkPerProductLicense->isChecked() && entry->chkRequiresLicense->isChecked());
+    grid = entry->gridAppComponents;
+    QCOMPARE(grid->Rows(), 3);
+    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Update"));
+    entry->txtAppName->setText(QStringLiteral("Renamed"));
+    grid->setRow(1);
+    boxes.clear();
+    boxes.queue(vbYes);
+    Click(entry->cmdDelete);
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this component?"});
+    QCOMPARE(grid->Rows(), 2);
+    Click(entry->cmdBack);
+    QVERIFY(!Forms::isLoaded<frmFileEntry>() && list->isVisible());
+    QCOMPARE(names(list->gridFiles), QStringList{"OBrien Flash Player"});
+    QCOMPARE(m_catalogue.column("SELECT EXE_NAME FROM KEVRO_APP_COMPONENTS", "EXE_NAME").size(), 1);
+
+    // Its owner deleted meanwhile: the application opens with no owner, and must be given one.
+    m_catalogue.execute("DELETE FROM KEVRO_OWNERS WHERE OWNER_NAME = 'Macromedia'");
+    list->gridFiles->setRow(0);
+    QTest::mouseDClick(list->gridFiles->viewport(), Qt::LeftButton, Qt::NoModifier,
+                       list->gridFiles->visualRect(list->gridFiles->model()->index(0, 1)).center());
+    entry = Forms::get<frmFileEntry>();
+    QVERIFY(entry->isVisible());
+    QCOMPARE(entry->drpOwnerName->currentText(), QString());
+    boxes.clear();
+    boxes.queue(vbOK, 2);
+    Click(entry->cmdSave);
+    QVERIFY(boxes.prompts().value(0).startsWith(QStringLiteral("You must select an application owner.")));
+    entry->drpOwnerName->setCurrentIndex(entry->drpOwnerName->findText("Adobe"));
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts().value(1), QStringLiteral("Record updated in KEVRO database"));
+    QCOMPARE(m_catalogue.column("SELECT APP_DATE_EDITED FROM KEVRO_APPS", "APP_DATE_EDITED").value(0), stamp);
+
+    // Delete from the list: the application goes, its components stay.
+    boxes.clear();
+    boxes.queue(vbYes);
+    QVERIFY(!list->cmdDeleteRecord->isEnabled()); // back from the entry screen: until the grid is clicked
+    clickRow(list->gridFiles, 0);
+    Click(list->cmdDeleteRecord);
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this record?"});
+    QCOMPARE(list->gridFiles->Rows(), 0);
+    QCOMPARE(m_catalogue.column("SELECT EXE_NAME FROM KEVRO_APP_COMPONENTS", "EXE_NAME").size(), 1);
+
+    // The clipboard monitor takes web addresses and wipes whatever the clipboard holds.
+    Click(list->cmdAddRecord);
+    entry = Forms::get<frmFileEntry>();
+    Click(entry->lblCheckClipboard);
+    QApplication::clipboard()->setText(QStringLiteral("ftp://example.com/eula"));
+    QTRY_COMPARE(QApplication::clipboard()->text(), QString());
+    QCOMPARE(entry->txtWebLicense->text(), QString());
+    QApplication::clipboard()->setText(QStringLiteral("http://www.example.com/eula.html"));
+    QTRY_COMPARE(entry->txtWebLicense->text(), QStringLiteral("http://www.example.com/eula.html"));
+    QTRY_COMPARE(QApplication::clipboard()->text(), QString());
+    Click(entry->lblCheckClipboard);
+    QApplication::clipboard()->setText(QStringLiteral("www.kept.example"));
+    QTest::qWait(250);
+    QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("www.kept.example"));
+    Click(entry->cmdBack);
+
+    // Back to the main menu.
+    Click(list->cmdPrevious);
+    QVERIFY(!Forms::isLoaded<frmFileControl>() && Forms::get<frmMainMenu>()->isVisible());
 }
 
 QTEST_MAIN(TestCatalogueScreens)

@@ -2,6 +2,7 @@
 
 #include "catalogue/Database.h"
 #include "catalogue/InPlaceEditing.h"
+#include "catalogue/RecordButtons.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
 #include "controls/ScreenParts.h"
@@ -29,18 +30,6 @@ namespace {
 constexpr long FormWidth = 9360;
 constexpr long FormHeight = 7200;
 
-QPushButton *recordButton(QWidget *parent, const char *name, const char *labelName, const QString &caption, long top,
-                          QLabel **label)
-{
-    auto *b = Named(new QPushButton(parent), name);
-    b->setFlat(true);
-    b->setCursor(Qt::PointingHandCursor);
-    PlaceTw(b, 8100, top, 720, 720);
-    *label = Named(new QLabel(caption, parent), labelName);
-    (*label)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    PlaceTw(*label, 7740, top + 750, 1440, 270);
-    return b;
-}
 } // namespace
 
 frmClientControl::frmClientControl()
@@ -58,12 +47,12 @@ frmClientControl::frmClientControl()
     PlaceTw(gridClients, 240, 1080, 7560, 3660);
     txtEdit = Named(new QLineEdit(central), "txtEdit");
 
-    cmdSaveRecords = recordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 1080,
+    cmdSaveRecords = RecordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 8100, 1080,
                                   &lblSaveRecord);
     cmdAddRecord =
-        recordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 2220, &lblAddRecord);
-    cmdDeleteRecord = recordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
-                                   3360, &lblDeleteRecord);
+        RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8100, 2220, &lblAddRecord);
+    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
+                                   8100, 3360, &lblDeleteRecord);
     picSaveNormal = PictureHolder(central, "picSaveNormal", QStringLiteral("record_save_normal"));
     picSaveHover = PictureHolder(central, "picSaveHover", QStringLiteral("record_save_hover"));
     picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));

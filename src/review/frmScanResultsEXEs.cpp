@@ -1,5 +1,6 @@
 #include "review/frmScanResultsEXEs.h"
 
+#include "catalogue/frmFileEntry.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
 #include "controls/Pictures.h"
@@ -22,6 +23,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
@@ -176,8 +178,17 @@ frmScanResultsEXEs::frmScanResultsEXEs()
         if (gridUnknownEXEs->Rows() > 0)
             SearchWeb(FileNameOnly(gridUnknownEXEs->TextMatrix(gridUnknownEXEs->Row(), GridNameColumn)));
     });
-    // "Add To File Database" opens the application entry screen once the catalogue screens are part of
-    // the program; "Add To Licensed" never acts: licences are added on the licence screen only.
+    // An unknown program into the catalogue; it is judged by its new entry only at the next scan.
+    On(mnuContextUnknownAddToFileDb, &QAction::triggered, this, [this] {
+        auto *entry = Forms::get<frmFileEntry>();
+        entry->txtAppName->setText(FileNameOnly(gridUnknownEXEs->TextMatrix(gridUnknownEXEs->Row(), 1)));
+        entry->lblFromForm->setText(QStringLiteral("ScanResultsEXEs"));
+        entry->lblEditMode->setText(QStringLiteral("Add"));
+        entry->Move(Left(), Top());
+        entry->show();
+        hide();
+    });
+    // "Add To Licensed" never acts: licences are added on the licence screen only.
     On(cmdNext, &QPushButton::clicked, this, [this] { cmdNext_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     // cmdRunEXE has no action.

@@ -11,6 +11,7 @@
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 #include "catalogue/frmClientControl.h"
+#include "catalogue/frmFileControl.h"
 #include "controls/Forms.h"
 #include "controls/ScreenParts.h"
 #include "controls/Pictures.h"
@@ -148,6 +149,8 @@ frmMainMenu::frmMainMenu()
     On(menus.mnuScanEngineScanDisc, &QAction::triggered, this, [this] { ScanDisc(); });
     On(cmdReports, &QToolButton::clicked, this, [this] { OpenReportsForm(); });
     On(menus.mnuScanEngineReports, &QAction::triggered, this, [this] { OpenReportsForm(); });
+    On(cmdFileControl, &QToolButton::clicked, this, [this] { FileControl(); });
+    On(menus.mnuDatabaseFileControl, &QAction::triggered, this, [this] { FileControl(); });
     On(cmdClients, &QToolButton::clicked, this, [this] { ClientControl(); });
     On(menus.mnuDatabaseClients, &QAction::triggered, this, [this] { ClientControl(); });
     On(cmdLicenseControl, &QToolButton::clicked, this, [this] { LicenseControl(); });
@@ -295,6 +298,15 @@ void frmMainMenu::OpenReportsForm()
     menu->SlideMenuOut(4);
     viewer->show();
     menu->Unload();
+}
+
+void frmMainMenu::FileControl()
+{
+    auto *applications = Forms::get<frmFileControl>();
+    applications->Move(Left(), Top());
+    SlideMenuOut(4);
+    applications->show();
+    Unload();
 }
 
 void frmMainMenu::ClientControl()

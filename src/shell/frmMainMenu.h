@@ -65,6 +65,7 @@ private:
     bool ClientChosen();
     void ScanDisc();
     void ClientControl();
+    void FileControl();
     void LicenseControl();
     void ShowNormalPictures();
     QList<QToolButton *> buttons() const;

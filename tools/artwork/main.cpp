@@ -199,6 +199,25 @@ void glyphSave(QPainter &p, const QRectF &r, const QColor &ink)
     p.drawRect(QRectF(r.left() + r.width() * 0.5, r.top() + r.height() * 0.04, r.width() * 0.12, r.height() * 0.22));
 }
 
+void glyphEdit(QPainter &p, const QRectF &r, const QColor &ink)
+{
+    // a pencil across the tile
+    p.save();
+    p.translate(r.center());
+    p.rotate(-45);
+    const double len = r.width() * 1.05, w = r.width() * 0.24;
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink);
+    p.drawRect(QRectF(-len / 2, -w / 2, len * 0.72, w));
+    QPainterPath tip;
+    tip.moveTo(len * 0.22 + 1, -w / 2);
+    tip.lineTo(len / 2, 0);
+    tip.lineTo(len * 0.22 + 1, w / 2);
+    tip.closeSubpath();
+    p.drawPath(tip);
+    p.restore();
+}
+
 QImage button(const Glyph &glyph, bool hover, int s = 64)
 {
     QImage img = canvas(s, s);
@@ -477,7 +496,8 @@ int main(int argc, char **argv)
     const struct {
         const char *name;
         Glyph glyph;
-    } records[] = {{"record_add", glyphAdd}, {"record_delete", glyphDelete}, {"record_save", glyphSave}};
+    } records[] = {{"record_add", glyphAdd}, {"record_delete", glyphDelete}, {"record_save", glyphSave},
+                   {"record_edit", glyphEdit},  {"record_owners", glyphClient}};
     for (const auto &b : records) {
         ok &= save(button(b.glyph, false, 40), QStringLiteral("pictures/%1_normal.png").arg(QLatin1String(b.name)));
         ok &= save(button(b.glyph, true, 40), QStringLiteral("pictures/%1_hover.png").arg(QLatin1String(b.name)));
