@@ -4,12 +4,19 @@
 // back to the main menu.
 
 #include "CatalogueFixture.h"
+#include "DiscFixture.h"
 #include "Operator.h"
 #include "TestSupport.h"
 
 #include "catalogue/frmClientControl.h"
 #include "catalogue/frmFileControl.h"
 #include "catalogue/frmFileEntry.h"
+#include "catalogue/frmLicenseControl.h"
+#include "catalogue/frmLicenseEntry.h"
+#include "catalogue/Connection.h"
+#include "review/ExeEvaluation.h"
+#include "review/frmScanResultsEXEs.h"
+#include "shell/MainMod.h"
 #include "catalogue/frmOwnerEntry.h"
 #include "controls/CommonDialog.h"
 #include "controls/FlexGrid.h"
@@ -88,6 +95,8 @@ private Q_SLOTS:
     void owners();
     void applications_data();
     void applications();
+    void licencesTurnAVerdict_data();
+    void licencesTurnAVerdict();
 
 private:
     bool useEngine(const QString &engine);
@@ -114,6 +123,9 @@ void TestCatalogueScreens::cleanup()
     Forms::unload<frmOwnerEntry>();
     Forms::unload<frmFileEntry>();
     Forms::unload<frmFileControl>();
+    Forms::unload<frmLicenseEntry>();
+    Forms::unload<frmLicenseControl>();
+    Forms::unload<frmScanResultsEXEs>();
     Forms::unload<frmMainMenu>();
 }
 
@@ -557,6 +569,141 @@ void TestCatalogueScreens::applications()
     // Back to the main menu.
     Click(list->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmFileControl>() && Forms::get<frmMainMenu>()->isVisible());
+}
+
+void TestCatalogueScreens::licencesTurnAVerdict_data()
+{
+    clients_data();
+}
+
+// An unknown program added to the catalogue from the application viewer, a licence for it added on the
+// licence screens, and the next judgement of the same disc finds it licensed.
+void TestCatalogueScreens::licencesTurnAVerdict()
+{
+    QFETCH(QString, engine);
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
+    const long client = m_catalogue.addClient(QStringLiteral("Northwind Discs"));
+    gClientCode = QString::number(client);
+    gClientName = QStringLiteral("Northwind Discs");
+    Disc disc;
+    disc.add(QStringLiteral("SETUP/CHAT.EXE"));
+    gMediaFiles = disc.files();
+    MsgBoxResponder boxes;
+
+    // From the viewer's unknown programs to the entry screen and back; the viewer is not judged again.
+    auto *viewer = Forms::get<frmScanResultsEXEs>();
+    viewer->show();
+    QCOMPARE(viewer->gridUnknownEXEs->TextMatrix(1, 2), QStringLiteral("CHAT.EXE"));
+    viewer->gridUnknownEXEs->setRow(1);
+    viewer->mnuContextUnknownAddToFileDb->trigger();
+    auto *entry = Forms::get<frmFileEntry>();
+    QVERIFY(entry->isVisible() && viewer->isHidden());
+    QCOMPARE(entry->txtAppName->text(), QStringLiteral("CHAT.EXE"));
+    entry->drpOwnerName->setCurrentIndex(0);
+    Click(entry->chkRequiresLicense);
+    FlexGrid *components = entry->gridAppComponents;
+    components->setTextMatrix(1, 1, QStringLiteral("CHAT.EXE"));
+    components->setTextMatrix(1, 2, QStringLiteral("Chat client"));
+    boxes.queue(vbOK);
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Record added to KEVRO database"});
+    QVERIFY(!Forms::isLoaded<frmFileEntry>() && viewer->isVisible());
+    QCOMPARE(viewer->gridUnknownEXEs->Rows(), 2);
+    QCOMPARE(EvaluateExecutables(gMediaFiles, gClientCode).unlicensed.size(), 1);
+
+    // The client's licences: none yet, so edit and delete do nothing.
+    auto *list = Forms::get<frmLicenseControl>();
+    list->DisplayLicenseDetails();
+    list->show();
+    QCOMPARE(list->lblResultComment->text(), QStringLiteral("Licenses for Northwind Discs"));
+    QCOMPARE(list->gridLicenses->Rows(), 0);
+    QVERIFY(!list->cmdEditRecord->isEnabled() && !list->cmdDeleteRecord->isEnabled());
+    list->ConfirmDelete();
+    QVERIFY(!Forms::isLoaded<frmLicenseEntry>());
+
+    // A permanent licence, saved with empty dates; Save comes back for a further entry.
+    Click(list->cmdAddRecord);
+    auto *lic = Forms::get<frmLicenseEntry>();
+    QVERIFY(lic->isVisible() && list->isHidden());
+    QCOMPARE(lic->lblResultComment->text(), QStringLiteral("Add License for Northwind Discs"));
+    QCOMPARE(lic->drpLicenseFile->count(), 1);
+    boxes.clear();
+    boxes.queue(vbOK, 2);
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"You must enter a start and end date"});
+    Click(lic->chkPerminantLicense);
+    QVERIFY(!lic->txtStartDate->isEnabled() && !lic->txtEndDate->isEnabled());
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts().last(), QStringLiteral("Record added to KEVRO database"));
+    QVERIFY(lic->cmdSave->isEnabled());
+    QCOMPARE(m_catalogue.column("SELECT LICENSE_VALID_FROM FROM KEVRO_LICENSES", "LICENSE_VALID_FROM"),
+             QStringList{QString()});
+    Click(lic->cmdBack);
+    QVERIFY(!Forms::isLoaded<frmLicenseEntry>() && list->isVisible());
+    QCOMPARE(names(list->gridLicenses), QStringList{"CHAT.EXE"});
+    const ExeEvaluation judged = EvaluateExecutables(gMediaFiles, gClientCode);
+    QCOMPARE(judged.licensed.size(), 1);
+    QCOMPARE(judged.unlicensed.size(), 0);
+
+    // Edited into a licence with a period: texts that are no date keep the focus until mended.
+    const QString order = LocaleDateOrder();
+    const auto date = [&](int d, int m, int y) {
+        return order == "DMY"   ? QStringLiteral("%1/%2/%3").arg(d).arg(m).arg(y)
+               : order == "MDY" ? QStringLiteral("%1/%2/%3").arg(m).arg(d).arg(y)
+                                : QStringLiteral("%1-%2-%3").arg(y).arg(m).arg(d);
+    };
+    const QString otherOrder = order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026");
+    clickRow(list->gridLicenses, 0);
+    QTest::mouseDClick(list->gridLicenses->viewport(), Qt::LeftButton, Qt::NoModifier,
+                       list->gridLicenses->visualRect(list->gridLicenses->model()->index(0, 1)).center());
+    lic = Forms::get<frmLicenseEntry>();
+    QVERIFY(lic->isVisible());
+    QCOMPARE(lic->lblResultComment->text(), QStringLiteral("Edit License for Northwind Discs"));
+    QVERIFY(lic->chkPerminantLicense->isChecked() && !lic->txtStartDate->isEnabled());
+    Click(lic->chkPerminantLicense);
+    QVERIFY(lic->txtStartDate->isEnabled());
+    lic->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(lic));
+    boxes.clear();
+    boxes.queue(vbOK, 3);
+    for (const QString &bad : {date(31, 2, 2026), QStringLiteral("tomorrow"), otherOrder}) {
+        lic->txtStartDate->setFocus();
+        lic->txtStartDate->setText(bad);
+        lic->txtEndDate->setFocus();
+        QVERIFY2(lic->txtStartDate->hasFocus(), qPrintable(bad));
+    }
+    QCOMPARE(boxes.prompts(), QStringList(3, "Invalid date."));
+    lic->txtStartDate->setText(date(1, 1, 2026));
+    lic->txtEndDate->setFocus();
+    lic->txtEndDate->setText(date(31, 12, 2026));
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    QCOMPARE(m_catalogue.column("SELECT LICENSE_PERMINANT FROM KEVRO_LICENSES", "LICENSE_PERMINANT").size(), 1);
+    QVERIFY(!m_catalogue.column("SELECT LICENSE_VALID_TO FROM KEVRO_LICENSES", "LICENSE_VALID_TO").value(0).isEmpty());
+    Click(lic->cmdBack);
+
+    // Deleted, after the question: the grid empties and edit is no longer possible.
+    clickRow(list->gridLicenses, 0);
+    boxes.clear();
+    boxes.queue(vbYes);
+    Click(list->cmdDeleteRecord);
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this record?"});
+    QCOMPARE(list->gridLicenses->Rows(), 0);
+    QVERIFY(!list->cmdEditRecord->isEnabled());
+
+    // With no application that takes a licence per client, adding is refused and the screen stays.
+    m_catalogue.execute("UPDATE KEVRO_APPS SET APP_LICENSE_PER_MEDIA = TRUE");
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(list->cmdAddRecord);
+    QCOMPARE(boxes.prompts(), QStringList{"There are no applications in the KEVRO database!"});
+    QVERIFY(list->isVisible());
+    Click(list->cmdPrevious);
+    QVERIFY(!Forms::isLoaded<frmLicenseControl>() && Forms::get<frmMainMenu>()->isVisible());
 }
 
 QTEST_MAIN(TestCatalogueScreens)

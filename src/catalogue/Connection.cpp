@@ -311,6 +311,29 @@ QString LocaleDateOrder()
     return (d >= 0 && m >= 0 && d < m) ? QStringLiteral("DMY") : QStringLiteral("MDY");
 }
 
+bool IsValidDate(const QString &text)
+{
+    static const QRegularExpression shape(QStringLiteral("^(\\d{1,4})([/.-])(\\d{1,2})\\2(\\d{1,4})$"));
+    const QRegularExpressionMatch m = shape.match(text.trimmed());
+    if (!m.hasMatch())
+        return false;
+    const QString a = m.captured(1), b = m.captured(3), c = m.captured(4);
+    QString order = LocaleDateOrder();
+    if (a.size() > 2)
+        order = QStringLiteral("YMD");
+    else if (order == QLatin1String("YMD") || c.size() == 3 || a.size() == 3)
+        return false;
+    const QString year = order == QLatin1String("YMD") ? a : c;
+    const QString month = order == QLatin1String("MDY") ? a : b;
+    const QString day = order == QLatin1String("DMY") ? a : order == QLatin1String("MDY") ? b : c;
+    if (year.size() == 3 || (order == QLatin1String("YMD") && day.size() > 2))
+        return false;
+    int y = year.toInt();
+    if (year.size() <= 2)
+        y += y < 30 ? 2000 : 1900;
+    return QDate(y, month.toInt(), day.toInt()).isValid();
+}
+
 QString NowText()
 {
     const QLocale locale = QLocale::system();

@@ -75,6 +75,11 @@ private:
 QString NowText();
 // The order of day, month and year in the machine's short date: "DMY", "MDY" or "YMD".
 QString LocaleDateOrder();
+// Whether a typed text is a date as the database reads it: day, month and year in the machine's short
+// date order (or year first, as 2026-12-31), separated by '/', '-' or '.', with a real day of a real
+// month; a two-digit year is 1930..2029. "31/02/2026", "tomorrow" and a date in the other day/month
+// order are not dates.
+bool IsValidDate(const QString &text);
 
 // Opens a Qt database connection of the given name to a data source, the one way every part of this
 // system connects: SQLite by its file, PostgreSQL by server, port and database with the session's

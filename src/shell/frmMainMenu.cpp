@@ -12,6 +12,7 @@
 #include "shell/MainModScreens.h"
 #include "catalogue/frmClientControl.h"
 #include "catalogue/frmFileControl.h"
+#include "catalogue/frmLicenseControl.h"
 #include "controls/Forms.h"
 #include "controls/ScreenParts.h"
 #include "controls/Pictures.h"
@@ -321,7 +322,15 @@ void frmMainMenu::ClientControl()
 
 void frmMainMenu::LicenseControl()
 {
-    ClientChosen();
+    if (!ClientChosen())
+        return;
+    auto *licences = Forms::get<frmLicenseControl>();
+    licences->Move(Left(), Top());
+    licences->DisplayLicenseDetails();
+    SlideMenuOut(4);
+    licences->show();
+    DoEvents();
+    Unload();
 }
 
 void frmMainMenu::SlideMenuOut(int steps)
