@@ -97,6 +97,7 @@ private Q_SLOTS:
     void applications();
     void licencesTurnAVerdict_data();
     void licencesTurnAVerdict();
+    void datesAsTheDatabaseReadsThem();
 
 private:
     bool useEngine(const QString &engine);
@@ -704,6 +705,31 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     QVERIFY(list->isVisible());
     Click(list->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmLicenseControl>() && Forms::get<frmMainMenu>()->isVisible());
+}
+
+// The licence entry's date test, in the machine's own day/month order.
+void TestCatalogueScreens::datesAsTheDatabaseReadsThem()
+{
+    const QString order = LocaleDateOrder();
+    const auto text = [&](const QString &d, const QString &m, const QString &y, const QString &sep) {
+        return order == "DMY" ? d + sep + m + sep + y : order == "MDY" ? m + sep + d + sep + y : y + sep + m + sep + d;
+    };
+    for (const QString &sep : {QStringLiteral("/"), QStringLiteral("-"), QStringLiteral(".")}) {
+        QVERIFY(IsValidDate(text("31", "12", "2026", sep)));
+        QVERIFY(IsValidDate(text("1", "2", "26", sep)));          // 2026
+        QVERIFY(IsValidDate(text("29", "2", "2024", sep)));       // a leap day
+        QVERIFY(!IsValidDate(text("29", "2", "2026", sep)));      // not one
+        QVERIFY(!IsValidDate(text("31", "4", "2026", sep)));
+        QVERIFY(!IsValidDate(text("0", "1", "2026", sep)));
+        QVERIFY(!IsValidDate(text("1", "13", "2026", sep)));
+    }
+    QVERIFY(IsValidDate(QStringLiteral("2026-12-31"))); // year first is read in every order
+    QVERIFY(IsValidDate(QStringLiteral(" 2026-01-05 ")));
+    for (const char *no : {"tomorrow", "", "2026", "1/2", "1/2/3/4", "1/2-2026", "31/12/2026 12:00", "12/31/2026x",
+                           "2026-13-01", "1/1/202"})
+        QVERIFY2(!IsValidDate(QString::fromLatin1(no)), no);
+    // The other day/month order is no date where it cannot be one.
+    QVERIFY(!IsValidDate(order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026")));
 }
 
 QTEST_MAIN(TestCatalogueScreens)

@@ -321,12 +321,10 @@ bool IsValidDate(const QString &text)
     QString order = LocaleDateOrder();
     if (a.size() > 2)
         order = QStringLiteral("YMD");
-    else if (order == QLatin1String("YMD") || c.size() == 3 || a.size() == 3)
-        return false;
     const QString year = order == QLatin1String("YMD") ? a : c;
     const QString month = order == QLatin1String("MDY") ? a : b;
     const QString day = order == QLatin1String("DMY") ? a : order == QLatin1String("MDY") ? b : c;
-    if (year.size() == 3 || (order == QLatin1String("YMD") && day.size() > 2))
+    if (year.size() == 3 || day.size() > 2 || month.size() > 2)
         return false;
     int y = year.toInt();
     if (year.size() <= 2)
