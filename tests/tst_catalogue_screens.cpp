@@ -207,6 +207,29 @@ void TestCatalogueScreens::clients()
     QCOMPARE(states(grid), (QStringList{"Original", "Original"}));
     QVERIFY(!grid->TextMatrix(0, 0).isEmpty());
 
+    // Quotes and percent signs are plain text to the catalogue. A name past the column's 255 characters
+    // is refused by the server's column (its message is the catalogue's "fields" one); SQLite keeps it.
+    Click(s->cmdAddRecord);
+    typeName(box, QStringLiteral("\"Quoted\" 100% Discs"));
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(s->cmdSaveRecords);
+    QVERIFY(storedClients().contains(QStringLiteral("\"Quoted\" 100% Discs")));
+    Click(s->cmdAddRecord);
+    s->txtEdit->setText(QString(300, QLatin1Char('L')));
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(s->cmdSaveRecords);
+    if (engine == QLatin1String("postgresql")) {
+        QCOMPARE(boxes.prompts(), QStringList{"All fields must be completed before saving."});
+    } else {
+        QCOMPARE(boxes.prompts(), QStringList{"Clients updated in KEVRO database"});
+        QVERIFY(storedClients().contains(QString(300, QLatin1Char('L'))));
+    }
+    m_catalogue.execute("DELETE FROM KEVRO_CLIENTS WHERE CLIENT_NAME LIKE '%Quoted%' OR CLIENT_NAME LIKE 'LLL%'");
+    s->ShowDBClients();
+    QCOMPARE(names(grid), (QStringList{"Contoso Média", "Northwind Discs"}));
+
     // An existing name changed to one with an apostrophe is saved without it; a new one is refused.
     // Rows written before the failure stay written.
     clickRow(grid, 0);
