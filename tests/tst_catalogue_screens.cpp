@@ -427,6 +427,10 @@ void TestCatalogueScreens::owners()
     QCOMPARE(s->txtEdit->text(), QStringLiteral("A"));
     QTest::keyClicks(s->txtEdit, "dobe Systems");
     QCOMPARE(states(grid)[0], QStringLiteral("Update"));
+    // A click on another row puts the text into the row it was typed for, before the move.
+    clickRow(grid, 1);
+    QCOMPARE(names(grid), (QStringList{"Adobe Systems", "OReilly Software"}));
+    QVERIFY(s->txtEdit->isHidden());
     Click(s->cmdAddRecord);
     boxes.clear();
     boxes.queue(vbOK);
