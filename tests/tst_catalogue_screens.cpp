@@ -360,12 +360,16 @@ void TestCatalogueScreens::clientImport()
     s->optAppend->setChecked(true);
     s->txtFilePath->setText(WriteTestFile(m_app.path() + QStringLiteral("/more.txt"), "Echo Media\n"));
     boxes.clear();
-    boxes.queue(vbOK, 2);
+    boxes.queue(vbOK);
     Click(s->cmdImport);
     QCOMPARE(storedClients().size(), 5);
-    s->txtFilePath->setText(m_app.path() + QStringLiteral("/gone.txt"));
-    Click(s->cmdImport);
-    QCOMPARE(boxes.prompts().last(), QStringLiteral("File does not exist!"));
+    boxes.queue(vbOK, 2);
+    for (const QString &notAFile : {m_app.path() + QStringLiteral("/gone.txt"), m_app.path()}) {
+        s->txtFilePath->setText(notAFile);
+        Click(s->cmdImport);
+        QCOMPARE(boxes.prompts().last(), QStringLiteral("File does not exist!"));
+    }
+    QCOMPARE(storedClients().size(), 5);
 
     // A line with an apostrophe, and a blank line, are statements the database refuses: the platform's
     // message and the end of the program; the lines before stay imported, after a replace too.
@@ -536,6 +540,7 @@ void TestCatalogueScreens::applications()
     QCOMPARE(entry->txtAppName->text(), QStringLiteral("OBrien Flash Player"));
     QCOMPARE(entry->drpOwnerName->currentText(), QStringLiteral("Macromedia"));
     QVERIFY(entry->chkPerProductLicense->isChecked() && entry->chkRequiresLicense->isChecked());
+    QVERIFY(!entry->chkRequiresLicense->isEnabled()); // still locked when opened
     grid = entry->gridAppComponents;
     QCOMPARE(grid->Rows(), 3);
     QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Update"));
@@ -657,10 +662,14 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     QVERIFY(lic->isVisible() && list->isHidden());
     QCOMPARE(lic->lblResultComment->text(), QStringLiteral("Add License for Northwind Discs"));
     QCOMPARE(lic->drpLicenseFile->count(), 1);
+    QCOMPARE(lic->drpLicenseFile->currentText(), QString()); // nothing chosen for the operator
     boxes.clear();
-    boxes.queue(vbOK, 2);
+    boxes.queue(vbOK, 3);
     Click(lic->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"You must enter a start and end date"});
+    lic->drpLicenseFile->setCurrentIndex(0);
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts(),
+             (QStringList{"You must select an application to license", "You must enter a start and end date"}));
     Click(lic->chkPerminantLicense);
     QVERIFY(!lic->txtStartDate->isEnabled() && !lic->txtEndDate->isEnabled());
     Click(lic->cmdSave);
@@ -674,6 +683,19 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     const ExeEvaluation judged = EvaluateExecutables(gMediaFiles, gClientCode);
     QCOMPARE(judged.licensed.size(), 1);
     QCOMPARE(judged.unlicensed.size(), 0);
+
+    // The context menu's entry edits without filling the list: the name shows all the same and the
+    // licence saves unchanged.
+    clickRow(list->gridLicenses, 0);
+    list->mnuLicenseGridContextAdd->trigger();
+    lic = Forms::get<frmLicenseEntry>();
+    QCOMPARE(lic->drpLicenseFile->count(), 0);
+    QCOMPARE(lic->drpLicenseFile->currentText(), QStringLiteral("CHAT.EXE"));
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    Click(lic->cmdBack);
 
     // Edited into a licence with a period: texts that are no date keep the focus until mended.
     const QString order = LocaleDateOrder();

@@ -8,6 +8,7 @@
 #include "controls/ScreenParts.h"
 #include "platform/Events.h"
 #include "platform/MsgBox.h"
+#include "platform/Paths.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
 #include "review/ViewerFiles.h"
@@ -18,6 +19,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QFile>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -196,11 +198,12 @@ void frmClientControl::ImportClientList()
     // No handler: a line the database refuses (an apostrophe) is the platform's message and the end,
     // and what was imported before it stays.
     const QString path = txtFilePath->text();
-    if (!FileExists(path)) {
+    // A folder, a broken link or nothing at all: not a file to read.
+    if (path.isEmpty() || !QFileInfo(RealPath(path)).isFile()) {
         MsgBox(QStringLiteral("File does not exist!"), vbExclamation);
         return;
     }
-    QFile stream(path);
+    QFile stream(RealPath(path));
     if (!stream.open(QIODevice::ReadOnly))
         RaiseVbError(VbErr::PermissionDenied);
     OpenDatabase();

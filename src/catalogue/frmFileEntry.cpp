@@ -147,13 +147,8 @@ frmFileEntry::frmFileEntry()
         cmdDelete->setEnabled(true);
     });
     On(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
-    On(chkPerProductLicense, &QCheckBox::clicked, this, [this](bool on) {
-        // An application licensed per product always requires a licence.
-        if (on)
-            chkRequiresLicense->setChecked(true);
-        chkRequiresLicense->setEnabled(!on);
-        lblRequiresLicense->setEnabled(!on);
-    });
+    // Also when the box is set by code, as when an application is opened for editing.
+    On(chkPerProductLicense, &QCheckBox::toggled, this, [this] { chkPerProductLicense_Click(); });
     On(lblCheckClipboard, &QCheckBox::clicked, this, [this](bool on) {
         if (on) {
             QApplication::clipboard()->clear();
@@ -188,6 +183,15 @@ void frmFileEntry::Form_QueryUnload(int &, int unloadMode)
 {
     if (unloadMode == vbFormControlMenu)
         EndProcess(0);
+}
+
+void frmFileEntry::chkPerProductLicense_Click()
+{
+    const bool on = chkPerProductLicense->isChecked();
+    if (on)
+        chkRequiresLicense->setChecked(true);
+    chkRequiresLicense->setEnabled(!on);
+    lblRequiresLicense->setEnabled(!on);
 }
 
 void frmFileEntry::SetUpComponentGrid()

@@ -45,6 +45,8 @@ public:
     void PopulateOwnerDropdown();
     void ReturnToCaller();
     void CheckClipboardForUrl();
+    // A licence per product always requires one: the box is ticked and locked while this one is.
+    void chkPerProductLicense_Click();
     // The component grid empty: its title row and one blank row.
     void SetUpComponentGrid();
 

@@ -203,12 +203,7 @@ void frmLicenseControl::LoadLicenseForEdit()
                 QStringLiteral("Having KEVRO_LICENSES.LICENSE_ID=") + QString::number(licence) + QStringLiteral(";"),
             gConnection.get());
     if (!(rs.Bof() && rs.Eof())) {
-        const QString app = NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString();
-        const int at = entry->drpLicenseFile->findText(app, Qt::MatchExactly);
-        if (at >= 0)
-            entry->drpLicenseFile->setCurrentIndex(at);
-        else
-            entry->drpLicenseFile->setCurrentText(app);
+        entry->drpLicenseFile->setEditText(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
         entry->txtStartDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_FROM"))).toString());
         entry->txtEndDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_TO"))).toString());
         entry->chkPerminantLicense->setChecked(rs.Fields(QStringLiteral("LICENSE_PERMINANT")).toBool());

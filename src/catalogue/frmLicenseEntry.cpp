@@ -53,7 +53,10 @@ frmLicenseEntry::frmLicenseEntry()
     QWidget *f = frmFileEditBoxes;
     lblLicenseFile = Named(new QLabel(QStringLiteral("Licence Application:"), f), "lblLicenseFile");
     PlaceTw(lblLicenseFile, 180, 390, 1800, 285);
+    // A drop-down whose text can also be set to a name that is not (or not yet) in its list.
     drpLicenseFile = Named(new QComboBox(f), "drpLicenseFile");
+    drpLicenseFile->setEditable(true);
+    drpLicenseFile->setInsertPolicy(QComboBox::NoInsert);
     PlaceTw(drpLicenseFile, 2040, 345, 5400, 345);
     lblStartDate = Named(new QLabel(QStringLiteral("Start Date:"), f), "lblStartDate");
     PlaceTw(lblStartDate, 180, 870, 1800, 285);
@@ -123,10 +126,13 @@ bool frmLicenseEntry::PopulateFileList()
                 QStringLiteral("Order By APP_NAME"),
             gConnection.get());
     const bool any = !(rs.Bof() && rs.Eof());
+    const QString shown = drpLicenseFile->currentText(); // filling the list chooses nothing
     while (!rs.Eof()) {
         drpLicenseFile->addItem(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
         rs.MoveNext();
     }
+    drpLicenseFile->setCurrentIndex(-1);
+    drpLicenseFile->setEditText(shown);
     CloseDatabase();
     return any;
 }
