@@ -344,7 +344,7 @@ void TestCatalogueScreens::clientImport()
     Click(s->cmdBrowse);
     QCOMPARE(s->txtFilePath->text(), QString());
     Click(s->cmdBrowse);
-    QCOMPARE(asked, QStringList(2, "Import Client List | Text (*.txt)"));
+    QCOMPARE(asked, QStringList(2, "Import Client List | Text (*.txt *.TXT)"));
     QCOMPARE(s->txtFilePath->text(), list);
 
     // Replace: every client goes before the first line; CR LF and LF lines, a line in the Windows
@@ -752,6 +752,36 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     Click(list->cmdAddRecord);
     QCOMPARE(boxes.prompts(), QStringList{"There are no applications in the KEVRO database!"});
     QVERIFY(list->isVisible());
+
+    // An application deleted while its licence is open: Save cannot find it and stays off. A licence
+    // deleted meanwhile opens with empty fields.
+    m_catalogue.execute("UPDATE KEVRO_APPS SET APP_LICENSE_PER_MEDIA = FALSE");
+    Click(list->cmdAddRecord);
+    lic = Forms::get<frmLicenseEntry>();
+    lic->drpLicenseFile->setCurrentIndex(0);
+    lic->chkPerminantLicense->setChecked(true);
+    boxes.clear();
+    boxes.queue(vbOK, 3);
+    Click(lic->cmdSave);
+    Click(lic->cmdBack);
+    QCOMPARE(list->gridLicenses->Rows(), 1);
+    m_catalogue.execute("DELETE FROM KEVRO_LICENSES");
+    clickRow(list->gridLicenses, 0);
+    Click(list->cmdEditRecord);
+    lic = Forms::get<frmLicenseEntry>();
+    QVERIFY(lic->isVisible());
+    QCOMPARE(boxes.prompts().value(1), QStringLiteral("Record no longer exists"));
+    QCOMPARE(lic->drpLicenseFile->currentText(), QString());
+    QVERIFY(!lic->chkPerminantLicense->isChecked() && lic->txtStartDate->text().isEmpty());
+    lic->drpLicenseFile->setCurrentIndex(0);
+    lic->chkPerminantLicense->setChecked(true);
+    m_catalogue.execute("DELETE FROM KEVRO_APPS");
+    Click(lic->cmdSave);
+    QCOMPARE(boxes.prompts().value(2),
+             QStringLiteral("Error: could not find selected EXE in database, can not save record."));
+    QVERIFY(!lic->cmdSave->isEnabled());
+    Click(lic->cmdBack);
+    QCOMPARE(list->gridLicenses->Rows(), 0);
     Click(list->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmLicenseControl>() && Forms::get<frmMainMenu>()->isVisible());
 }

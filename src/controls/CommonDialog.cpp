@@ -18,8 +18,17 @@ QString qtFilter(const QString &filter)
     const QStringList parts = filter.split(QLatin1Char('|'));
     QStringList out;
     for (int i = 0; i + 1 < parts.size(); i += 2) {
-        const QString patterns = QString(parts[i + 1]).replace(QLatin1Char(';'), QLatin1Char(' '));
-        out << (parts[i].contains(QLatin1Char('(')) ? parts[i] : parts[i] + QStringLiteral(" (") + patterns + QLatin1Char(')'));
+        // Names on Linux are case-sensitive: LIST.TXT is as much a text file as list.txt.
+        QStringList patterns = parts[i + 1].split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        for (const QString &p : QStringList(patterns))
+            if (p.toUpper() != p)
+                patterns << p.toUpper();
+        const QString patternText = patterns.join(QLatin1Char(' '));
+        QString description = parts[i];
+        const qsizetype open = description.indexOf(QLatin1Char('('));
+        if (open >= 0)
+            description.truncate(open);
+        out << description.trimmed() + QStringLiteral(" (") + patternText + QLatin1Char(')');
     }
     return out.join(QStringLiteral(";;"));
 }
