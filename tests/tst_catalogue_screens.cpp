@@ -8,15 +8,12 @@
 #include "Operator.h"
 #include "TestSupport.h"
 
+#include "catalogue/Connection.h"
 #include "catalogue/frmClientControl.h"
 #include "catalogue/frmFileControl.h"
 #include "catalogue/frmFileEntry.h"
 #include "catalogue/frmLicenseControl.h"
 #include "catalogue/frmLicenseEntry.h"
-#include "catalogue/Connection.h"
-#include "review/ExeEvaluation.h"
-#include "review/frmScanResultsEXEs.h"
-#include "shell/MainMod.h"
 #include "catalogue/frmOwnerEntry.h"
 #include "controls/CommonDialog.h"
 #include "controls/FlexGrid.h"
@@ -24,6 +21,9 @@
 #include "controls/Twips.h"
 #include "platform/MsgBox.h"
 #include "platform/VbError.h"
+#include "review/ExeEvaluation.h"
+#include "review/frmScanResultsEXEs.h"
+#include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 #include "shell/Progress.h"
 #include "shell/frmMainMenu.h"
@@ -34,9 +34,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QToolButton>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QToolButton>
 
 namespace {
 
@@ -67,8 +67,7 @@ void typeName(QLineEdit *box, const QString &text)
 {
     QVERIFY(box->isVisible());
     box->selectAll();
-    if (text.isEmpty())
-        QTest::keyClick(box, Qt::Key_Delete);
+    if (text.isEmpty()) QTest::keyClick(box, Qt::Key_Delete);
     for (const QChar c : text) {
         if (c.unicode() < 128) {
             QTest::keyClick(box, c.toLatin1());
@@ -138,8 +137,7 @@ bool TestCatalogueScreens::useEngine(const QString &engine)
         return false;
     }
     const QString made = m_catalogue.create(engine, m_app.path());
-    if (!made.isEmpty())
-        qFatal("%s", qPrintable(made));
+    if (!made.isEmpty()) qFatal("%s", qPrintable(made));
     return true;
 }
 
@@ -179,8 +177,7 @@ void TestCatalogueScreens::clients_data()
 void TestCatalogueScreens::clients()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     MsgBoxResponder boxes;
     auto *s = openClients();
     QVERIFY(s);
@@ -285,8 +282,8 @@ void TestCatalogueScreens::clients()
 
     // Two screens' worth of new rows: the progress box from the tenth row on.
     m_progress.clear();
-    SetProgressSink({[this](int percent, const QString &text) { m_progress << QString::number(percent) + ' ' + text; },
-                     [] {}});
+    SetProgressSink(
+        {[this](int percent, const QString &text) { m_progress << QString::number(percent) + ' ' + text; }, [] {}});
     for (int i = 1; i <= 25; ++i) {
         Click(s->cmdAddRecord);
         typeName(box, QStringLiteral("Client %1").arg(i, 2, 10, QLatin1Char('0')));
@@ -325,8 +322,7 @@ void TestCatalogueScreens::clientImport_data()
 void TestCatalogueScreens::clientImport()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.addClient(QStringLiteral("Old Client"));
     MsgBoxResponder boxes;
     auto *s = openClients();
@@ -377,7 +373,7 @@ void TestCatalogueScreens::clientImport()
     SetEndProcessHook([&](int code) { ended << code; });
     s->optReplace->setChecked(true);
     const QList<QPair<QByteArray, QString>> refused{{"Foxtrot\nO'Hara Sound\nGolf\n", "Foxtrot"},
-                                                     {"Hotel\n\nIndia\n", "Hotel"}};
+                                                    {"Hotel\n\nIndia\n", "Hotel"}};
     for (const auto &[bad, kept] : refused) {
         s->txtFilePath->setText(WriteTestFile(m_app.path() + QStringLiteral("/bad.txt"), bad));
         boxes.clear();
@@ -397,8 +393,7 @@ void TestCatalogueScreens::owners_data()
 void TestCatalogueScreens::owners()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     MsgBoxResponder boxes;
     auto *list = openApplications();
     QVERIFY(list);
@@ -467,8 +462,7 @@ void TestCatalogueScreens::applications_data()
 void TestCatalogueScreens::applications()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Adobe')");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Macromedia')");
     MsgBoxResponder boxes;
@@ -523,8 +517,9 @@ void TestCatalogueScreens::applications()
     QCOMPARE(boxes.prompts(), QStringList{"Record added to KEVRO database"});
     QVERIFY(!Forms::isLoaded<frmFileEntry>() && list->isVisible());
     QCOMPARE(names(list->gridFiles), QStringList{"OBrien Flash Player"});
-    QCOMPARE(m_catalogue.column("SELECT EXE_DESCRIPTION FROM KEVRO_APP_COMPONENTS ORDER BY EXE_NAME", "EXE_DESCRIPTION"),
-             (QStringList{"Flash control", "Flashs helper"}));
+    QCOMPARE(
+        m_catalogue.column("SELECT EXE_DESCRIPTION FROM KEVRO_APP_COMPONENTS ORDER BY EXE_NAME", "EXE_DESCRIPTION"),
+        (QStringList{"Flash control", "Flashs helper"}));
     QCOMPARE(m_catalogue.column("SELECT CAST(APP_REQUIRES_LICENSE AS INTEGER) AS R FROM KEVRO_APPS", "R"),
              QStringList{"1"});
     const QString stamp = m_catalogue.column("SELECT APP_DATE_EDITED FROM KEVRO_APPS", "APP_DATE_EDITED").value(0);
@@ -614,8 +609,7 @@ void TestCatalogueScreens::licencesTurnAVerdict_data()
 void TestCatalogueScreens::licencesTurnAVerdict()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
     const long client = m_catalogue.addClient(QStringLiteral("Northwind Discs"));
     gClientCode = QString::number(client);
@@ -795,9 +789,9 @@ void TestCatalogueScreens::datesAsTheDatabaseReadsThem()
     };
     for (const QString &sep : {QStringLiteral("/"), QStringLiteral("-"), QStringLiteral(".")}) {
         QVERIFY(IsValidDate(text("31", "12", "2026", sep)));
-        QVERIFY(IsValidDate(text("1", "2", "26", sep)));          // 2026
-        QVERIFY(IsValidDate(text("29", "2", "2024", sep)));       // a leap day
-        QVERIFY(!IsValidDate(text("29", "2", "2026", sep)));      // not one
+        QVERIFY(IsValidDate(text("1", "2", "26", sep)));     // 2026
+        QVERIFY(IsValidDate(text("29", "2", "2024", sep)));  // a leap day
+        QVERIFY(!IsValidDate(text("29", "2", "2026", sep))); // not one
         QVERIFY(!IsValidDate(text("31", "4", "2026", sep)));
         QVERIFY(!IsValidDate(text("0", "1", "2026", sep)));
         QVERIFY(!IsValidDate(text("1", "13", "2026", sep)));

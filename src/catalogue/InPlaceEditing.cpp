@@ -29,8 +29,7 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
     On(m_grid, &FlexGrid::LeaveCell, this, [this] { CommitCellEdit(); });
     On(m_grid, &FlexGrid::KeyPress, this, [this](int keyAscii) {
         // The box opens on the row last selected, in the name column, with the key typed.
-        if (m_grid->Rows() == 0)
-            return;
+        if (m_grid->Rows() == 0) return;
         m_grid->setRow(m_grid->RowSel());
         m_grid->setCol(NameColumn);
         FlexGridEditStart(m_grid, m_edit, keyAscii);
@@ -38,8 +37,7 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
     });
     OnKeyDown(m_edit, [this](int keyCode, int shift) {
         FlexGridEditKeyCode(m_grid, m_edit, keyCode, shift);
-        if (m_grid->Rows() > 0)
-            MarkTouched();
+        if (m_grid->Rows() > 0) MarkTouched();
     });
     On(m_grid, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         // Dragging keeps one row selected: the current row follows.
@@ -47,8 +45,7 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
             m_grid->setRow(m_grid->RowSel());
     });
     On(m_grid, &FlexGrid::Click, this, [this] {
-        if (!m_delete->isEnabled() && m_grid->Rows() > 0)
-            m_delete->setEnabled(true);
+        if (!m_delete->isEnabled() && m_grid->Rows() > 0) m_delete->setEnabled(true);
     });
 }
 
@@ -61,16 +58,14 @@ bool InPlaceEditing::eventFilter(QObject *watched, QEvent *event)
 
 void InPlaceEditing::CommitCellEdit()
 {
-    if (!m_edit->isVisible())
-        return;
+    if (!m_edit->isVisible()) return;
     m_grid->setText(m_edit->text());
     m_edit->hide();
 }
 
 void InPlaceEditing::StartCellEdit()
 {
-    if (m_grid->Rows() == 0)
-        return;
+    if (m_grid->Rows() == 0) return;
     m_grid->setCol(NameColumn);
     FlexGridEditStart(m_grid, m_edit, vbKeySpace);
     MarkTouched();
@@ -79,8 +74,7 @@ void InPlaceEditing::StartCellEdit()
 void InPlaceEditing::MarkTouched()
 {
     const int row = m_grid->Row();
-    if (m_grid->TextMatrix(row, StateColumn) == Original)
-        m_grid->setTextMatrix(row, StateColumn, Update);
+    if (m_grid->TextMatrix(row, StateColumn) == Original) m_grid->setTextMatrix(row, StateColumn, Update);
 }
 
 void InPlaceEditing::EnableButtons()
@@ -90,8 +84,7 @@ void InPlaceEditing::EnableButtons()
     m_save->setEnabled(rows);
 }
 
-void InPlaceEditing::Fill(const QString &sql, const QString &keyField, const QString &nameField,
-                          const QString &routine)
+void InPlaceEditing::Fill(const QString &sql, const QString &keyField, const QString &nameField, const QString &routine)
 {
     const auto step = [](const std::function<void()> &statement) { RetryOn(VbErr::ObjectDisconnected, statement); };
     try {
@@ -120,8 +113,7 @@ void InPlaceEditing::Fill(const QString &sql, const QString &keyField, const QSt
         m_grid->setColWidth(StateColumn, 0);
         step([] { CloseDatabase(); });
         EnableButtons();
-        if (m_grid->Cols() > NameColumn)
-            m_grid->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
+        if (m_grid->Cols() > NameColumn) m_grid->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
     } catch (const VbError &e) {
         MsgBox(QStringLiteral("Error number ") + QString::number(e.number) + QStringLiteral(" occurred in Module ") +
                routine + QLatin1Char('.'));
@@ -166,9 +158,8 @@ void InPlaceEditing::DeleteRow(const QString &deleteSqlWithoutKey, bool closeAlw
     }
 }
 
-void InPlaceEditing::SaveRows(const StatementFor &insertSql, const StatementFor &updateSql,
-                              const QString &progressText, const std::function<void()> &reread,
-                              const QString &doneMessage)
+void InPlaceEditing::SaveRows(const StatementFor &insertSql, const StatementFor &updateSql, const QString &progressText,
+                              const std::function<void()> &reread, const QString &doneMessage)
 {
     try {
         CommitCellEdit();
@@ -205,6 +196,7 @@ void InPlaceEditing::TellSaveFailure(const VbError &e)
     else if (e.number == DbErr::ConstraintViolation)
         MsgBox(QStringLiteral("All fields must be completed before saving."), vbExclamation);
     else
-        MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occurred.  Can not save record."),
+        MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
+                   QStringLiteral(" occurred.  Can not save record."),
                vbCritical);
 }

@@ -49,22 +49,19 @@ frmClientControl::frmClientControl()
     PlaceTw(gridClients, 240, 1080, 7560, 3660);
     txtEdit = Named(new QLineEdit(central), "txtEdit");
 
-    cmdSaveRecords = RecordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 8100, 1080,
-                                  &lblSaveRecord);
+    cmdSaveRecords = RecordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 8100,
+                                  1080, &lblSaveRecord);
     cmdAddRecord =
         RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8100, 2220, &lblAddRecord);
-    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
-                                   8100, 3360, &lblDeleteRecord);
-    picSaveNormal = PictureHolder(central, "picSaveNormal", QStringLiteral("record_save_normal"));
-    picSaveHover = PictureHolder(central, "picSaveHover", QStringLiteral("record_save_hover"));
-    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
-    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
-    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
-    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
+    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"), 8100,
+                                   3360, &lblDeleteRecord);
     m_faces = new HoverPictures(central);
-    m_faces->add(cmdSaveRecords, picSaveNormal, picSaveHover);
-    m_faces->add(cmdAddRecord, picAddNormal, picAddHover);
-    m_faces->add(cmdDeleteRecord, picDeleteNormal, picDeleteHover);
+    RecordFaces(m_faces, central, cmdSaveRecords, "picSaveNormal", "picSaveHover", QStringLiteral("save"),
+                &picSaveNormal, &picSaveHover);
+    RecordFaces(m_faces, central, cmdAddRecord, "picAddNormal", "picAddHover", QStringLiteral("add"), &picAddNormal,
+                &picAddHover);
+    RecordFaces(m_faces, central, cmdDeleteRecord, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
+                &picDeleteNormal, &picDeleteHover);
 
     fraImportOptions = Named(new QGroupBox(QStringLiteral("Import From File"), central), "fraImportOptions");
     PlaceTw(fraImportOptions, 240, 4920, 8880, 1200);
@@ -131,8 +128,7 @@ void frmClientControl::Form_Load()
 void frmClientControl::Form_QueryUnload(int &, int unloadMode)
 {
     // The close box ends the program at once.
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 void frmClientControl::ShowDBClients()
@@ -204,18 +200,14 @@ void frmClientControl::ImportClientList()
         return;
     }
     QFile stream(RealPath(path));
-    if (!stream.open(QIODevice::ReadOnly))
-        RaiseVbError(VbErr::PermissionDenied);
+    if (!stream.open(QIODevice::ReadOnly)) RaiseVbError(VbErr::PermissionDenied);
     OpenDatabase();
-    if (!optAppend->isChecked())
-        gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
+    if (!optAppend->isChecked()) gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
     while (!stream.atEnd()) {
         // One name a line, with CR LF or LF; a line that is not UTF-8 is read in the Windows code page.
         QByteArray line = stream.readLine();
-        if (line.endsWith('\n'))
-            line.chop(1);
-        if (line.endsWith('\r'))
-            line.chop(1);
+        if (line.endsWith('\n')) line.chop(1);
+        if (line.endsWith('\r')) line.chop(1);
         gConnection->Execute(QStringLiteral("Insert Into KEVRO_CLIENTS(") + QStringLiteral("CLIENT_NAME) ") +
                              QStringLiteral("Values(") + QStringLiteral("'") + DecodeTextFile(line) +
                              QStringLiteral("')"));

@@ -55,27 +55,22 @@ frmFileControl::frmFileControl()
     gridFiles->setSelectionModeValue(FlexGrid::flexSelectionByRow);
     PlaceTw(gridFiles, 240, 1560, 7800, 4380);
 
-    cmdAddRecord = RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8310, 1560,
-                                &lblAddRecord);
+    cmdAddRecord =
+        RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8310, 1560, &lblAddRecord);
     cmdEditRecord = RecordButton(central, "cmdEditRecord", "lblEditRecord", QStringLiteral("Edit Record"), 8310, 2640,
                                  &lblEditRecord);
-    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
-                                   8310, 3720, &lblDeleteRecord);
-    cmdOwners =
-        RecordButton(central, "cmdOwners", "lblOwners", QStringLiteral("Edit Owners"), 8310, 4800, &lblOwners);
-    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
-    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
-    picEditNormal = PictureHolder(central, "picEditNormal", QStringLiteral("record_edit_normal"));
-    picEditHover = PictureHolder(central, "picEditHover", QStringLiteral("record_edit_hover"));
-    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
-    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
-    picOwnersNormal = PictureHolder(central, "picOwnersNormal", QStringLiteral("record_owners_normal"));
-    picOwnersHover = PictureHolder(central, "picOwnersHover", QStringLiteral("record_owners_hover"));
+    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"), 8310,
+                                   3720, &lblDeleteRecord);
+    cmdOwners = RecordButton(central, "cmdOwners", "lblOwners", QStringLiteral("Edit Owners"), 8310, 4800, &lblOwners);
     m_faces = new HoverPictures(central);
-    m_faces->add(cmdAddRecord, picAddNormal, picAddHover);
-    m_faces->add(cmdEditRecord, picEditNormal, picEditHover);
-    m_faces->add(cmdDeleteRecord, picDeleteNormal, picDeleteHover);
-    m_faces->add(cmdOwners, picOwnersNormal, picOwnersHover);
+    RecordFaces(m_faces, central, cmdAddRecord, "picAddNormal", "picAddHover", QStringLiteral("add"), &picAddNormal,
+                &picAddHover);
+    RecordFaces(m_faces, central, cmdEditRecord, "picEditNormal", "picEditHover", QStringLiteral("edit"),
+                &picEditNormal, &picEditHover);
+    RecordFaces(m_faces, central, cmdDeleteRecord, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
+                &picDeleteNormal, &picDeleteHover);
+    RecordFaces(m_faces, central, cmdOwners, "picOwnersNormal", "picOwnersHover", QStringLiteral("owners"),
+                &picOwnersNormal, &picOwnersHover);
 
     Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6180, 8880);
     linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6210, 8880);
@@ -96,29 +91,24 @@ frmFileControl::frmFileControl()
         }
     });
     On(gridFiles, &FlexGrid::DblClick, this, [this] {
-        if (gridFiles->Rows() > 0)
-            EditSelectedRecord();
+        if (gridFiles->Rows() > 0) EditSelectedRecord();
     });
     On(gridFiles, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         if (button == vbLeftButton && gridFiles->Rows() > 0 && gridFiles->RowSel() != gridFiles->Row())
             gridFiles->setRow(gridFiles->RowSel());
     });
     On(gridFiles, &FlexGrid::MouseUp, this, [this](int button, int, long, long) {
-        if (button == vbRightButton && gridFiles->Rows() > 0)
-            mnuFileGridContext->popup(QCursor::pos());
+        if (button == vbRightButton && gridFiles->Rows() > 0) mnuFileGridContext->popup(QCursor::pos());
     });
     On(cmdAddRecord, &QPushButton::clicked, this, [this] { cmdAddRecord_Click(); });
     On(cmdEditRecord, &QPushButton::clicked, this, [this] {
-        if (gridFiles->Rows() > 0)
-            EditSelectedRecord();
+        if (gridFiles->Rows() > 0) EditSelectedRecord();
     });
     On(cmdDeleteRecord, &QPushButton::clicked, this, [this] {
-        if (gridFiles->Rows() > 0)
-            DeleteSelectedRecord();
+        if (gridFiles->Rows() > 0) DeleteSelectedRecord();
     });
     On(mnuFileGridContextEdit, &QAction::triggered, this, [this] {
-        if (gridFiles->Rows() > 0)
-            EditSelectedRecord();
+        if (gridFiles->Rows() > 0) EditSelectedRecord();
     });
     On(mnuFileGridContextDelete, &QAction::triggered, this, [this] { DeleteSelectedRecord(); });
     On(cmdOwners, &QPushButton::clicked, this, [this] { cmdOwners_Click(); });
@@ -136,8 +126,7 @@ void frmFileControl::Form_Load()
 
 void frmFileControl::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 void frmFileControl::InitializeForm()
@@ -172,8 +161,7 @@ void frmFileControl::ShowFilesInDB()
         gridFiles->setRows(0);
     }
     CloseDatabase();
-    if (gridFiles->Cols() > 1)
-        gridFiles->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
+    if (gridFiles->Cols() > 1) gridFiles->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
 }
 
 void frmFileControl::cmdAddRecord_Click()
@@ -209,8 +197,7 @@ void frmFileControl::EditSelectedRecord()
     rs.Open(QStringLiteral("Select APP_OWNER From KEVRO_APPS ") + QStringLiteral("Where APP_ID = ") + key,
             gConnection.get());
     int16_t owner = 0;
-    if (!rs.Eof())
-        owner = int16_t(rs.Fields(QStringLiteral("APP_OWNER")).toInt());
+    if (!rs.Eof()) owner = int16_t(rs.Fields(QStringLiteral("APP_OWNER")).toInt());
     rs.Close();
     // An application whose owner has gone opens with an empty owner.
     rs.Open(QStringLiteral("Select KEVRO_OWNERS.OWNER_ID From KEVRO_OWNERS ") +
@@ -218,18 +205,18 @@ void frmFileControl::EditSelectedRecord()
             gConnection.get());
     const bool ownerExists = !rs.Eof();
     const QString sql =
-        ownerExists
-            ? QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME,") +
-                  QStringLiteral("KEVRO_APPS.APP_OWNER , KEVRO_OWNERS.OWNER_NAME, ") +
-                  QStringLiteral("KEVRO_APPS.APP_REQUIRES_LICENSE, KEVRO_APPS.APP_LICENSE_PER_MEDIA, ") +
-                  QStringLiteral("KEVRO_APPS.APP_WEB_LICENSE, KEVRO_APPS.APP_DATE_EDITED ") +
-                  QStringLiteral("From KEVRO_APPS Inner Join KEVRO_OWNERS On ") +
-                  QStringLiteral("KEVRO_APPS.APP_OWNER = KEVRO_OWNERS.OWNER_ID ") +
-                  QStringLiteral("Where KEVRO_APPS.APP_ID=") + key
-            : QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME,") + QStringLiteral("KEVRO_APPS.APP_OWNER , ") +
-                  QStringLiteral("KEVRO_APPS.APP_REQUIRES_LICENSE, KEVRO_APPS.APP_LICENSE_PER_MEDIA, ") +
-                  QStringLiteral("KEVRO_APPS.APP_WEB_LICENSE, KEVRO_APPS.APP_DATE_EDITED ") +
-                  QStringLiteral("From KEVRO_APPS ") + QStringLiteral("Where KEVRO_APPS.APP_ID=") + key;
+        ownerExists ? QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME,") +
+                          QStringLiteral("KEVRO_APPS.APP_OWNER , KEVRO_OWNERS.OWNER_NAME, ") +
+                          QStringLiteral("KEVRO_APPS.APP_REQUIRES_LICENSE, KEVRO_APPS.APP_LICENSE_PER_MEDIA, ") +
+                          QStringLiteral("KEVRO_APPS.APP_WEB_LICENSE, KEVRO_APPS.APP_DATE_EDITED ") +
+                          QStringLiteral("From KEVRO_APPS Inner Join KEVRO_OWNERS On ") +
+                          QStringLiteral("KEVRO_APPS.APP_OWNER = KEVRO_OWNERS.OWNER_ID ") +
+                          QStringLiteral("Where KEVRO_APPS.APP_ID=") + key
+                    : QStringLiteral("Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME,") +
+                          QStringLiteral("KEVRO_APPS.APP_OWNER , ") +
+                          QStringLiteral("KEVRO_APPS.APP_REQUIRES_LICENSE, KEVRO_APPS.APP_LICENSE_PER_MEDIA, ") +
+                          QStringLiteral("KEVRO_APPS.APP_WEB_LICENSE, KEVRO_APPS.APP_DATE_EDITED ") +
+                          QStringLiteral("From KEVRO_APPS ") + QStringLiteral("Where KEVRO_APPS.APP_ID=") + key;
     rs.Close();
     rs.Open(sql, gConnection.get());
     if (!(rs.Bof() && rs.Eof())) {
@@ -240,10 +227,8 @@ void frmFileControl::EditSelectedRecord()
         if (ownerExists)
             entry->drpOwnerName->setCurrentIndex(
                 entry->drpOwnerName->findText(rs.Fields(QStringLiteral("OWNER_NAME")).toString(), Qt::MatchExactly));
-        if (rs.Fields(QStringLiteral("APP_REQUIRES_LICENSE")).toBool())
-            entry->chkRequiresLicense->setChecked(true);
-        if (rs.Fields(QStringLiteral("APP_LICENSE_PER_MEDIA")).toBool())
-            entry->chkPerProductLicense->setChecked(true);
+        if (rs.Fields(QStringLiteral("APP_REQUIRES_LICENSE")).toBool()) entry->chkRequiresLicense->setChecked(true);
+        if (rs.Fields(QStringLiteral("APP_LICENSE_PER_MEDIA")).toBool()) entry->chkPerProductLicense->setChecked(true);
     } else {
         MsgBox(QStringLiteral("Record no longer exists"), vbExclamation);
     }

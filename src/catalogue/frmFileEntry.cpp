@@ -46,8 +46,7 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::FocusIn)
-            RunHandler(m_commit);
+        if (event->type() == QEvent::FocusIn) RunHandler(m_commit);
         return QObject::eventFilter(watched, event);
     }
 
@@ -109,17 +108,15 @@ frmFileEntry::frmFileEntry()
     PlaceTw(gridAppComponents, 180, 330, 7020, 2220);
     txtEdit = Named(new QLineEdit(fraAppComponents), "txtEdit");
     txtEdit->hide();
-    cmdAddAppCompRecord = RecordButton(fraAppComponents, "cmdAddAppCompRecord", "lblAdd", QStringLiteral("Add"), 7740,
-                                       330, &lblAdd);
+    cmdAddAppCompRecord =
+        RecordButton(fraAppComponents, "cmdAddAppCompRecord", "lblAdd", QStringLiteral("Add"), 7740, 330, &lblAdd);
     cmdDelete =
         RecordButton(fraAppComponents, "cmdDelete", "lblDelete", QStringLiteral("Delete"), 7740, 1440, &lblDelete);
-    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
-    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
-    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
-    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
     m_faces = new HoverPictures(central);
-    m_faces->add(cmdAddAppCompRecord, picAddNormal, picAddHover);
-    m_faces->add(cmdDelete, picDeleteNormal, picDeleteHover);
+    RecordFaces(m_faces, central, cmdAddAppCompRecord, "picAddNormal", "picAddHover", QStringLiteral("add"),
+                &picAddNormal, &picAddHover);
+    RecordFaces(m_faces, central, cmdDelete, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
+                &picDeleteNormal, &picDeleteHover);
 
     Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6720, 8880);
     linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6750, 8880);
@@ -181,15 +178,13 @@ void frmFileEntry::Form_Load()
 
 void frmFileEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 void frmFileEntry::chkPerProductLicense_Click()
 {
     const bool on = chkPerProductLicense->isChecked();
-    if (on)
-        chkRequiresLicense->setChecked(true);
+    if (on) chkRequiresLicense->setChecked(true);
     chkRequiresLicense->setEnabled(!on);
     lblRequiresLicense->setEnabled(!on);
 }
@@ -229,8 +224,7 @@ void frmFileEntry::PopulateOwnerDropdown()
 
 void frmFileEntry::commitCellEdit()
 {
-    if (!txtEdit->isVisible())
-        return;
+    if (!txtEdit->isVisible()) return;
     gridAppComponents->setText(txtEdit->text());
     txtEdit->hide();
 }
@@ -256,8 +250,7 @@ void frmFileEntry::CheckClipboardForUrl()
 void frmFileEntry::cmdDelete_Click()
 {
     FlexGrid *g = gridAppComponents;
-    if (g->Rows() == 0)
-        return;
+    if (g->Rows() == 0) return;
     if (MsgBox(QStringLiteral("Are you sure you want to delete this component?"), vbYesNo | vbExclamation) != vbYes)
         return;
     // The component goes at once, whatever happens to the rest of the screen.
@@ -292,7 +285,8 @@ void frmFileEntry::cmdSave_Click()
         saveApplication();
     } catch (const VbError &e) {
         // What was sent before the failure stays: an application can be left without its components.
-        MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occurred.  Can not save record."),
+        MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
+                   QStringLiteral(" occurred.  Can not save record."),
                vbCritical);
         cmdSave->setEnabled(true);
     }

@@ -47,22 +47,19 @@ frmLicenseControl::frmLicenseControl()
     gridLicenses->setSelectionModeValue(FlexGrid::flexSelectionByRow);
     PlaceTw(gridLicenses, 240, 1320, 7800, 3960);
 
-    cmdAddRecord = RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8310, 1320,
-                                &lblAddRecord);
+    cmdAddRecord =
+        RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8310, 1320, &lblAddRecord);
     cmdEditRecord = RecordButton(central, "cmdEditRecord", "lblEditRecord", QStringLiteral("Edit Record"), 8310, 2460,
                                  &lblEditRecord);
-    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
-                                   8310, 3600, &lblDeleteRecord);
-    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
-    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
-    picEditNormal = PictureHolder(central, "picEditNormal", QStringLiteral("record_edit_normal"));
-    picEditHover = PictureHolder(central, "picEditHover", QStringLiteral("record_edit_hover"));
-    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
-    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
+    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"), 8310,
+                                   3600, &lblDeleteRecord);
     m_faces = new HoverPictures(central);
-    m_faces->add(cmdAddRecord, picAddNormal, picAddHover);
-    m_faces->add(cmdEditRecord, picEditNormal, picEditHover);
-    m_faces->add(cmdDeleteRecord, picDeleteNormal, picDeleteHover);
+    RecordFaces(m_faces, central, cmdAddRecord, "picAddNormal", "picAddHover", QStringLiteral("add"), &picAddNormal,
+                &picAddHover);
+    RecordFaces(m_faces, central, cmdEditRecord, "picEditNormal", "picEditHover", QStringLiteral("edit"),
+                &picEditNormal, &picEditHover);
+    RecordFaces(m_faces, central, cmdDeleteRecord, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
+                &picDeleteNormal, &picDeleteHover);
 
     Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 5580, 8880);
     linDark = RuleLine(central, "linDark", "#7f8c99", 240, 5610, 8880);
@@ -78,19 +75,16 @@ frmLicenseControl::frmLicenseControl()
         Named(mnuLicenseGridContext->addAction(QStringLiteral("&Delete Record")), "mnuLicenseGridContextDelete");
 
     On(gridLicenses, &FlexGrid::Click, this, [this] {
-        if (gridLicenses->Rows() > 0 && !cmdEditRecord->isEnabled())
-            cmdEditRecord->setEnabled(true);
+        if (gridLicenses->Rows() > 0 && !cmdEditRecord->isEnabled()) cmdEditRecord->setEnabled(true);
     });
     On(gridLicenses, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         if (button == vbLeftButton && gridLicenses->Rows() > 0 && gridLicenses->RowSel() != gridLicenses->Row())
             gridLicenses->setRow(gridLicenses->RowSel());
     });
     On(gridLicenses, &FlexGrid::MouseUp, this, [this](int button, int, long, long) {
-        if (gridLicenses->Rows() == 0)
-            return;
+        if (gridLicenses->Rows() == 0) return;
         cmdDeleteRecord->setEnabled(true);
-        if (button == vbRightButton)
-            mnuLicenseGridContext->popup(QCursor::pos());
+        if (button == vbRightButton) mnuLicenseGridContext->popup(QCursor::pos());
     });
     On(gridLicenses, &FlexGrid::DblClick, this, [this] { editRecord(); });
     On(cmdAddRecord, &QPushButton::clicked, this, [this] { cmdAddRecord_Click(); });
@@ -98,8 +92,7 @@ frmLicenseControl::frmLicenseControl()
     On(cmdDeleteRecord, &QPushButton::clicked, this, [this] { ConfirmDelete(); });
     // Edits without filling the list of applications first, as it always has.
     On(mnuLicenseGridContextAdd, &QAction::triggered, this, [this] {
-        if (gridLicenses->Rows() > 0)
-            LoadLicenseForEdit();
+        if (gridLicenses->Rows() > 0) LoadLicenseForEdit();
     });
     On(mnuLicenseGridContextDelete, &QAction::triggered, this, [this] { ConfirmDelete(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
@@ -116,8 +109,7 @@ void frmLicenseControl::Form_Load()
 
 void frmLicenseControl::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 void frmLicenseControl::InitializeForm()
@@ -158,8 +150,7 @@ void frmLicenseControl::DisplayLicenseDetails()
         gridLicenses->setRows(0);
     }
     CloseDatabase();
-    if (gridLicenses->Cols() > 1)
-        gridLicenses->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
+    if (gridLicenses->Cols() > 1) gridLicenses->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
 }
 
 void frmLicenseControl::cmdAddRecord_Click()
@@ -179,8 +170,7 @@ void frmLicenseControl::cmdAddRecord_Click()
 
 void frmLicenseControl::editRecord()
 {
-    if (gridLicenses->Rows() == 0)
-        return;
+    if (gridLicenses->Rows() == 0) return;
     Forms::get<frmLicenseEntry>()->PopulateFileList();
     LoadLicenseForEdit();
 }
@@ -220,8 +210,7 @@ void frmLicenseControl::LoadLicenseForEdit()
 
 void frmLicenseControl::ConfirmDelete()
 {
-    if (gridLicenses->Rows() == 0 || gridLicenses->TextMatrix(gridLicenses->Row(), 0).isEmpty())
-        return;
+    if (gridLicenses->Rows() == 0 || gridLicenses->TextMatrix(gridLicenses->Row(), 0).isEmpty()) return;
     cmdDeleteRecord->setEnabled(false);
     DeleteSelectedLicense();
     if (gridLicenses->Rows() > 0) {

@@ -92,8 +92,7 @@ frmLicenseEntry::frmLicenseEntry()
 
 void frmLicenseEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 bool frmLicenseEntry::eventFilter(QObject *watched, QEvent *event)
@@ -122,8 +121,8 @@ bool frmLicenseEntry::PopulateFileList()
     OpenDatabase();
     Recordset rs;
     rs.Open(QStringLiteral("Select APP_NAME ") + QStringLiteral("From KEVRO_APPS ") +
-                QStringLiteral("Where APP_REQUIRES_LICENSE = True AND ") + QStringLiteral("APP_LICENSE_PER_MEDIA = False ") +
-                QStringLiteral("Order By APP_NAME"),
+                QStringLiteral("Where APP_REQUIRES_LICENSE = True AND ") +
+                QStringLiteral("APP_LICENSE_PER_MEDIA = False ") + QStringLiteral("Order By APP_NAME"),
             gConnection.get());
     const bool any = !(rs.Bof() && rs.Eof());
     const QString shown = drpLicenseFile->currentText(); // filling the list chooses nothing
@@ -177,8 +176,7 @@ void frmLicenseEntry::cmdSave_Click()
     if (lblEditMode->text() == QLatin1String("Add")) {
         QString sql = QStringLiteral("Insert Into KEVRO_LICENSES( ") + QStringLiteral("LICENSE_CLIENT, ") +
                       QStringLiteral("LICENSE_APP, ") + QStringLiteral("LICENSE_DATE_ADDED, ");
-        if (!permanent)
-            sql += QStringLiteral("LICENSE_VALID_FROM, ") + QStringLiteral("LICENSE_VALID_TO, ");
+        if (!permanent) sql += QStringLiteral("LICENSE_VALID_FROM, ") + QStringLiteral("LICENSE_VALID_TO, ");
         sql += QStringLiteral("LICENSE_PERMINANT) ") + QStringLiteral("Values(") + QStringLiteral("'") + gClientCode +
                QStringLiteral("', ") + QStringLiteral("'") + app + QStringLiteral("', ") + QStringLiteral("'") +
                NowText() + QStringLiteral("', ");

@@ -42,22 +42,19 @@ frmOwnerEntry::frmOwnerEntry()
     PlaceTw(gridOwners, 240, 1320, 7560, 3960);
     txtEdit = Named(new QLineEdit(central), "txtEdit");
 
-    cmdAddRecord = RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8100, 1320,
-                                &lblAddRecord);
-    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"),
-                                   8100, 2460, &lblDeleteRecord);
+    cmdAddRecord =
+        RecordButton(central, "cmdAddRecord", "lblAddRecord", QStringLiteral("Add Record"), 8100, 1320, &lblAddRecord);
+    cmdDeleteRecord = RecordButton(central, "cmdDeleteRecord", "lblDeleteRecord", QStringLiteral("Delete Record"), 8100,
+                                   2460, &lblDeleteRecord);
     cmdSaveRecords = RecordButton(central, "cmdSaveRecords", "lblSaveRecord", QStringLiteral("Save Records"), 8100,
                                   3600, &lblSaveRecord);
-    picSaveNormal = PictureHolder(central, "picSaveNormal", QStringLiteral("record_save_normal"));
-    picSaveHover = PictureHolder(central, "picSaveHover", QStringLiteral("record_save_hover"));
-    picAddNormal = PictureHolder(central, "picAddNormal", QStringLiteral("record_add_normal"));
-    picAddHover = PictureHolder(central, "picAddHover", QStringLiteral("record_add_hover"));
-    picDeleteNormal = PictureHolder(central, "picDeleteNormal", QStringLiteral("record_delete_normal"));
-    picDeleteHover = PictureHolder(central, "picDeleteHover", QStringLiteral("record_delete_hover"));
     m_faces = new HoverPictures(central);
-    m_faces->add(cmdSaveRecords, picSaveNormal, picSaveHover);
-    m_faces->add(cmdAddRecord, picAddNormal, picAddHover);
-    m_faces->add(cmdDeleteRecord, picDeleteNormal, picDeleteHover);
+    RecordFaces(m_faces, central, cmdSaveRecords, "picSaveNormal", "picSaveHover", QStringLiteral("save"),
+                &picSaveNormal, &picSaveHover);
+    RecordFaces(m_faces, central, cmdAddRecord, "picAddNormal", "picAddHover", QStringLiteral("add"), &picAddNormal,
+                &picAddHover);
+    RecordFaces(m_faces, central, cmdDeleteRecord, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
+                &picDeleteNormal, &picDeleteHover);
 
     Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 5580, 8880);
     linDark = RuleLine(central, "linDark", "#7f8c99", 240, 5610, 8880);
@@ -90,8 +87,7 @@ void frmOwnerEntry::Form_Load()
 
 void frmOwnerEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu)
-        EndProcess(0);
+    if (unloadMode == vbFormControlMenu) EndProcess(0);
 }
 
 void frmOwnerEntry::ShowDBOwners()
