@@ -36,13 +36,8 @@ constexpr long FormHeight = 7200;
 
 frmClientControl::frmClientControl()
 {
-    setObjectName(QStringLiteral("frmClientControl"));
-    setWindowTitle(QStringLiteral("KEVRO - Client Control"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmClientControl", QStringLiteral("KEVRO - Client Control"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     gridClients = Named(new FlexGrid(central), "gridClients");
     gridClients->setSelectionModeValue(FlexGrid::flexSelectionByRow);

@@ -33,13 +33,8 @@ constexpr long NameColumnWidth = 7505;
 
 frmFileControl::frmFileControl()
 {
-    setObjectName(QStringLiteral("frmFileControl"));
-    setWindowTitle(QStringLiteral("KEVRO - Application Control"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmFileControl", QStringLiteral("KEVRO - Application Control"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     // The search row stands on the screen and does nothing: the list always shows every application.
     Label1 = Named(new QLabel(QStringLiteral("Search:"), central), "Label1");

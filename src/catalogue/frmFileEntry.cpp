@@ -57,13 +57,8 @@ private:
 
 frmFileEntry::frmFileEntry()
 {
-    setObjectName(QStringLiteral("frmFileEntry"));
-    setWindowTitle(QStringLiteral("KEVRO - Application Entry"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmFileEntry", QStringLiteral("KEVRO - Application Entry"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     lblResultComment = Named(new QLabel(QStringLiteral("Add Record"), central), "lblResultComment");
     lblResultComment->setStyleSheet(QStringLiteral("font-weight: bold;"));

@@ -32,13 +32,8 @@ constexpr long NameColumnWidth = 7500;
 
 frmLicenseControl::frmLicenseControl()
 {
-    setObjectName(QStringLiteral("frmLicenseControl"));
-    setWindowTitle(QStringLiteral("KEVRO - License Control"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmLicenseControl", QStringLiteral("KEVRO - License Control"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     lblResultComment = Named(new QLabel(QStringLiteral("Client Licenses"), central), "lblResultComment");
     lblResultComment->setStyleSheet(QStringLiteral("font-weight: bold;"));

@@ -34,13 +34,8 @@ QString truth(bool on)
 
 frmLicenseEntry::frmLicenseEntry()
 {
-    setObjectName(QStringLiteral("frmLicenseEntry"));
-    setWindowTitle(QStringLiteral("KEVRO - License Entry"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmLicenseEntry", QStringLiteral("KEVRO - License Entry"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     lblResultComment = Named(new QLabel(QStringLiteral("Add License"), central), "lblResultComment");
     lblResultComment->setStyleSheet(QStringLiteral("font-weight: bold;"));

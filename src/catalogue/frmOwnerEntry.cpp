@@ -25,13 +25,8 @@ constexpr long FormHeight = 6600;
 
 frmOwnerEntry::frmOwnerEntry()
 {
-    setObjectName(QStringLiteral("frmOwnerEntry"));
-    setWindowTitle(QStringLiteral("KEVRO - Owner Entry"));
-    auto *central = new QWidget(this);
-    setCentralWidget(central);
-    menus = BuildStandardMenus(this);
-    setFixedSize(TwipsToPixels(FormWidth), TwipsToPixels(FormHeight) + menuBar()->sizeHint().height());
-    picBanner = BannerPicture(central, FormWidth);
+    QWidget *central = WorkingScreen(this, "frmOwnerEntry", QStringLiteral("KEVRO - Owner Entry"), FormWidth,
+                                     FormHeight, menus, &picBanner);
 
     lblResultComment = Named(new QLabel(QStringLiteral("Owner Details"), central), "lblResultComment");
     PlaceTw(lblResultComment, 240, 1020, 4200, 285);

@@ -1,6 +1,7 @@
 #include "controls/ScreenParts.h"
 
 #include "controls/Form.h"
+#include "controls/Menus.h"
 #include "controls/Pictures.h"
 
 #include <QAbstractButton>
@@ -8,6 +9,7 @@
 #include <QEvent>
 #include <QFrame>
 #include <QLabel>
+#include <QMenuBar>
 
 QFrame *RuleLine(QWidget *parent, const char *name, const char *colour, long left, long top, long width)
 {
@@ -16,6 +18,19 @@ QFrame *RuleLine(QWidget *parent, const char *name, const char *colour, long lef
     l->setStyleSheet(QStringLiteral("color: %1;").arg(QLatin1String(colour)));
     PlaceTw(l, left, top, width, 30);
     return l;
+}
+
+QWidget *WorkingScreen(Form *form, const char *name, const QString &title, long widthTw, long heightTw,
+                       StandardMenus &menus, QLabel **banner)
+{
+    form->setObjectName(QLatin1String(name));
+    form->setWindowTitle(title);
+    auto *central = new QWidget(form);
+    form->setCentralWidget(central);
+    menus = BuildStandardMenus(form);
+    form->setFixedSize(TwipsToPixels(widthTw), TwipsToPixels(heightTw) + form->menuBar()->sizeHint().height());
+    *banner = BannerPicture(central, widthTw);
+    return central;
 }
 
 QLabel *BannerPicture(QWidget *parent, long width)

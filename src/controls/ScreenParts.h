@@ -3,7 +3,9 @@
 #include <QList>
 #include <QObject>
 
+class Form;
 class QAbstractButton;
+struct StandardMenus;
 class QFrame;
 class QLabel;
 class QString;
@@ -13,6 +15,11 @@ class QWidget;
 
 // The two-tone rule above a screen's buttons: one line of the given colour, placed in twips.
 QFrame *RuleLine(QWidget *parent, const char *name, const char *colour, long left, long top, long width);
+
+// The frame of a working screen: its name and title, the standard menus, a fixed size in twips below the
+// menu bar and the banner across the top. Returns the central widget the screen's controls go on.
+QWidget *WorkingScreen(Form *form, const char *name, const QString &title, long widthTw, long heightTw,
+                       StandardMenus &menus, QLabel **banner);
 
 // The banner picture across the top of a working screen.
 QLabel *BannerPicture(QWidget *parent, long width);
