@@ -67,7 +67,8 @@ void typeName(QLineEdit *box, const QString &text)
 {
     QVERIFY(box->isVisible());
     box->selectAll();
-    if (text.isEmpty()) QTest::keyClick(box, Qt::Key_Delete);
+    if (text.isEmpty())
+        QTest::keyClick(box, Qt::Key_Delete);
     for (const QChar c : text) {
         if (c.unicode() < 128) {
             QTest::keyClick(box, c.toLatin1());
@@ -137,7 +138,8 @@ bool TestCatalogueScreens::useEngine(const QString &engine)
         return false;
     }
     const QString made = m_catalogue.create(engine, m_app.path());
-    if (!made.isEmpty()) qFatal("%s", qPrintable(made));
+    if (!made.isEmpty())
+        qFatal("%s", qPrintable(made));
     return true;
 }
 
@@ -177,7 +179,8 @@ void TestCatalogueScreens::clients_data()
 void TestCatalogueScreens::clients()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     MsgBoxResponder boxes;
     auto *s = openClients();
     QVERIFY(s);
@@ -322,7 +325,8 @@ void TestCatalogueScreens::clientImport_data()
 void TestCatalogueScreens::clientImport()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.addClient(QStringLiteral("Old Client"));
     MsgBoxResponder boxes;
     auto *s = openClients();
@@ -393,7 +397,8 @@ void TestCatalogueScreens::owners_data()
 void TestCatalogueScreens::owners()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     MsgBoxResponder boxes;
     auto *list = openApplications();
     QVERIFY(list);
@@ -462,7 +467,8 @@ void TestCatalogueScreens::applications_data()
 void TestCatalogueScreens::applications()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Adobe')");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Macromedia')");
     MsgBoxResponder boxes;
@@ -609,7 +615,8 @@ void TestCatalogueScreens::licencesTurnAVerdict_data()
 void TestCatalogueScreens::licencesTurnAVerdict()
 {
     QFETCH(QString, engine);
-    if (!useEngine(engine)) QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
     const long client = m_catalogue.addClient(QStringLiteral("Northwind Discs"));
     gClientCode = QString::number(client);

@@ -29,7 +29,8 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
     On(m_grid, &FlexGrid::LeaveCell, this, [this] { CommitCellEdit(); });
     On(m_grid, &FlexGrid::KeyPress, this, [this](int keyAscii) {
         // The box opens on the row last selected, in the name column, with the key typed.
-        if (m_grid->Rows() == 0) return;
+        if (m_grid->Rows() == 0)
+            return;
         m_grid->setRow(m_grid->RowSel());
         m_grid->setCol(NameColumn);
         FlexGridEditStart(m_grid, m_edit, keyAscii);
@@ -37,7 +38,8 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
     });
     OnKeyDown(m_edit, [this](int keyCode, int shift) {
         FlexGridEditKeyCode(m_grid, m_edit, keyCode, shift);
-        if (m_grid->Rows() > 0) MarkTouched();
+        if (m_grid->Rows() > 0)
+            MarkTouched();
     });
     On(m_grid, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         // Dragging keeps one row selected: the current row follows.
@@ -45,7 +47,8 @@ InPlaceEditing::InPlaceEditing(FlexGrid *grid, QLineEdit *editBox, QPushButton *
             m_grid->setRow(m_grid->RowSel());
     });
     On(m_grid, &FlexGrid::Click, this, [this] {
-        if (!m_delete->isEnabled() && m_grid->Rows() > 0) m_delete->setEnabled(true);
+        if (!m_delete->isEnabled() && m_grid->Rows() > 0)
+            m_delete->setEnabled(true);
     });
 }
 
@@ -58,14 +61,16 @@ bool InPlaceEditing::eventFilter(QObject *watched, QEvent *event)
 
 void InPlaceEditing::CommitCellEdit()
 {
-    if (!m_edit->isVisible()) return;
+    if (!m_edit->isVisible())
+        return;
     m_grid->setText(m_edit->text());
     m_edit->hide();
 }
 
 void InPlaceEditing::StartCellEdit()
 {
-    if (m_grid->Rows() == 0) return;
+    if (m_grid->Rows() == 0)
+        return;
     m_grid->setCol(NameColumn);
     FlexGridEditStart(m_grid, m_edit, vbKeySpace);
     MarkTouched();
@@ -74,7 +79,8 @@ void InPlaceEditing::StartCellEdit()
 void InPlaceEditing::MarkTouched()
 {
     const int row = m_grid->Row();
-    if (m_grid->TextMatrix(row, StateColumn) == Original) m_grid->setTextMatrix(row, StateColumn, Update);
+    if (m_grid->TextMatrix(row, StateColumn) == Original)
+        m_grid->setTextMatrix(row, StateColumn, Update);
 }
 
 void InPlaceEditing::EnableButtons()
@@ -113,7 +119,8 @@ void InPlaceEditing::Fill(const QString &sql, const QString &keyField, const QSt
         m_grid->setColWidth(StateColumn, 0);
         step([] { CloseDatabase(); });
         EnableButtons();
-        if (m_grid->Cols() > NameColumn) m_grid->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
+        if (m_grid->Cols() > NameColumn)
+            m_grid->setColAlignment(NameColumn, FlexGrid::flexAlignLeftCenter);
     } catch (const VbError &e) {
         MsgBox(QStringLiteral("Error number ") + QString::number(e.number) + QStringLiteral(" occurred in Module ") +
                routine + QLatin1Char('.'));

@@ -123,7 +123,8 @@ void frmClientControl::Form_Load()
 void frmClientControl::Form_QueryUnload(int &, int unloadMode)
 {
     // The close box ends the program at once.
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 void frmClientControl::ShowDBClients()
@@ -195,14 +196,18 @@ void frmClientControl::ImportClientList()
         return;
     }
     QFile stream(RealPath(path));
-    if (!stream.open(QIODevice::ReadOnly)) RaiseVbError(VbErr::PermissionDenied);
+    if (!stream.open(QIODevice::ReadOnly))
+        RaiseVbError(VbErr::PermissionDenied);
     OpenDatabase();
-    if (!optAppend->isChecked()) gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
+    if (!optAppend->isChecked())
+        gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
     while (!stream.atEnd()) {
         // One name a line, with CR LF or LF; a line that is not UTF-8 is read in the Windows code page.
         QByteArray line = stream.readLine();
-        if (line.endsWith('\n')) line.chop(1);
-        if (line.endsWith('\r')) line.chop(1);
+        if (line.endsWith('\n'))
+            line.chop(1);
+        if (line.endsWith('\r'))
+            line.chop(1);
         gConnection->Execute(QStringLiteral("Insert Into KEVRO_CLIENTS(") + QStringLiteral("CLIENT_NAME) ") +
                              QStringLiteral("Values(") + QStringLiteral("'") + DecodeTextFile(line) +
                              QStringLiteral("')"));

@@ -86,24 +86,29 @@ frmFileControl::frmFileControl()
         }
     });
     On(gridFiles, &FlexGrid::DblClick, this, [this] {
-        if (gridFiles->Rows() > 0) EditSelectedRecord();
+        if (gridFiles->Rows() > 0)
+            EditSelectedRecord();
     });
     On(gridFiles, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         if (button == vbLeftButton && gridFiles->Rows() > 0 && gridFiles->RowSel() != gridFiles->Row())
             gridFiles->setRow(gridFiles->RowSel());
     });
     On(gridFiles, &FlexGrid::MouseUp, this, [this](int button, int, long, long) {
-        if (button == vbRightButton && gridFiles->Rows() > 0) mnuFileGridContext->popup(QCursor::pos());
+        if (button == vbRightButton && gridFiles->Rows() > 0)
+            mnuFileGridContext->popup(QCursor::pos());
     });
     On(cmdAddRecord, &QPushButton::clicked, this, [this] { cmdAddRecord_Click(); });
     On(cmdEditRecord, &QPushButton::clicked, this, [this] {
-        if (gridFiles->Rows() > 0) EditSelectedRecord();
+        if (gridFiles->Rows() > 0)
+            EditSelectedRecord();
     });
     On(cmdDeleteRecord, &QPushButton::clicked, this, [this] {
-        if (gridFiles->Rows() > 0) DeleteSelectedRecord();
+        if (gridFiles->Rows() > 0)
+            DeleteSelectedRecord();
     });
     On(mnuFileGridContextEdit, &QAction::triggered, this, [this] {
-        if (gridFiles->Rows() > 0) EditSelectedRecord();
+        if (gridFiles->Rows() > 0)
+            EditSelectedRecord();
     });
     On(mnuFileGridContextDelete, &QAction::triggered, this, [this] { DeleteSelectedRecord(); });
     On(cmdOwners, &QPushButton::clicked, this, [this] { cmdOwners_Click(); });
@@ -121,7 +126,8 @@ void frmFileControl::Form_Load()
 
 void frmFileControl::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 void frmFileControl::InitializeForm()
@@ -156,7 +162,8 @@ void frmFileControl::ShowFilesInDB()
         gridFiles->setRows(0);
     }
     CloseDatabase();
-    if (gridFiles->Cols() > 1) gridFiles->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
+    if (gridFiles->Cols() > 1)
+        gridFiles->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
 }
 
 void frmFileControl::cmdAddRecord_Click()
@@ -192,7 +199,8 @@ void frmFileControl::EditSelectedRecord()
     rs.Open(QStringLiteral("Select APP_OWNER From KEVRO_APPS ") + QStringLiteral("Where APP_ID = ") + key,
             gConnection.get());
     int16_t owner = 0;
-    if (!rs.Eof()) owner = int16_t(rs.Fields(QStringLiteral("APP_OWNER")).toInt());
+    if (!rs.Eof())
+        owner = int16_t(rs.Fields(QStringLiteral("APP_OWNER")).toInt());
     rs.Close();
     // An application whose owner has gone opens with an empty owner.
     rs.Open(QStringLiteral("Select KEVRO_OWNERS.OWNER_ID From KEVRO_OWNERS ") +
@@ -222,8 +230,10 @@ void frmFileControl::EditSelectedRecord()
         if (ownerExists)
             entry->drpOwnerName->setCurrentIndex(
                 entry->drpOwnerName->findText(rs.Fields(QStringLiteral("OWNER_NAME")).toString(), Qt::MatchExactly));
-        if (rs.Fields(QStringLiteral("APP_REQUIRES_LICENSE")).toBool()) entry->chkRequiresLicense->setChecked(true);
-        if (rs.Fields(QStringLiteral("APP_LICENSE_PER_MEDIA")).toBool()) entry->chkPerProductLicense->setChecked(true);
+        if (rs.Fields(QStringLiteral("APP_REQUIRES_LICENSE")).toBool())
+            entry->chkRequiresLicense->setChecked(true);
+        if (rs.Fields(QStringLiteral("APP_LICENSE_PER_MEDIA")).toBool())
+            entry->chkPerProductLicense->setChecked(true);
     } else {
         MsgBox(QStringLiteral("Record no longer exists"), vbExclamation);
     }

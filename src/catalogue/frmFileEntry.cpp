@@ -46,7 +46,8 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::FocusIn) RunHandler(m_commit);
+        if (event->type() == QEvent::FocusIn)
+            RunHandler(m_commit);
         return QObject::eventFilter(watched, event);
     }
 
@@ -173,13 +174,15 @@ void frmFileEntry::Form_Load()
 
 void frmFileEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 void frmFileEntry::chkPerProductLicense_Click()
 {
     const bool on = chkPerProductLicense->isChecked();
-    if (on) chkRequiresLicense->setChecked(true);
+    if (on)
+        chkRequiresLicense->setChecked(true);
     chkRequiresLicense->setEnabled(!on);
     lblRequiresLicense->setEnabled(!on);
 }
@@ -219,7 +222,8 @@ void frmFileEntry::PopulateOwnerDropdown()
 
 void frmFileEntry::commitCellEdit()
 {
-    if (!txtEdit->isVisible()) return;
+    if (!txtEdit->isVisible())
+        return;
     gridAppComponents->setText(txtEdit->text());
     txtEdit->hide();
 }
@@ -245,7 +249,8 @@ void frmFileEntry::CheckClipboardForUrl()
 void frmFileEntry::cmdDelete_Click()
 {
     FlexGrid *g = gridAppComponents;
-    if (g->Rows() == 0) return;
+    if (g->Rows() == 0)
+        return;
     if (MsgBox(QStringLiteral("Are you sure you want to delete this component?"), vbYesNo | vbExclamation) != vbYes)
         return;
     // The component goes at once, whatever happens to the rest of the screen.

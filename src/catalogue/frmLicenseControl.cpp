@@ -70,16 +70,19 @@ frmLicenseControl::frmLicenseControl()
         Named(mnuLicenseGridContext->addAction(QStringLiteral("&Delete Record")), "mnuLicenseGridContextDelete");
 
     On(gridLicenses, &FlexGrid::Click, this, [this] {
-        if (gridLicenses->Rows() > 0 && !cmdEditRecord->isEnabled()) cmdEditRecord->setEnabled(true);
+        if (gridLicenses->Rows() > 0 && !cmdEditRecord->isEnabled())
+            cmdEditRecord->setEnabled(true);
     });
     On(gridLicenses, &FlexGrid::MouseMove, this, [this](int button, int, long, long) {
         if (button == vbLeftButton && gridLicenses->Rows() > 0 && gridLicenses->RowSel() != gridLicenses->Row())
             gridLicenses->setRow(gridLicenses->RowSel());
     });
     On(gridLicenses, &FlexGrid::MouseUp, this, [this](int button, int, long, long) {
-        if (gridLicenses->Rows() == 0) return;
+        if (gridLicenses->Rows() == 0)
+            return;
         cmdDeleteRecord->setEnabled(true);
-        if (button == vbRightButton) mnuLicenseGridContext->popup(QCursor::pos());
+        if (button == vbRightButton)
+            mnuLicenseGridContext->popup(QCursor::pos());
     });
     On(gridLicenses, &FlexGrid::DblClick, this, [this] { editRecord(); });
     On(cmdAddRecord, &QPushButton::clicked, this, [this] { cmdAddRecord_Click(); });
@@ -87,7 +90,8 @@ frmLicenseControl::frmLicenseControl()
     On(cmdDeleteRecord, &QPushButton::clicked, this, [this] { ConfirmDelete(); });
     // Edits without filling the list of applications first, as it always has.
     On(mnuLicenseGridContextAdd, &QAction::triggered, this, [this] {
-        if (gridLicenses->Rows() > 0) LoadLicenseForEdit();
+        if (gridLicenses->Rows() > 0)
+            LoadLicenseForEdit();
     });
     On(mnuLicenseGridContextDelete, &QAction::triggered, this, [this] { ConfirmDelete(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
@@ -104,7 +108,8 @@ void frmLicenseControl::Form_Load()
 
 void frmLicenseControl::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 void frmLicenseControl::InitializeForm()
@@ -145,7 +150,8 @@ void frmLicenseControl::DisplayLicenseDetails()
         gridLicenses->setRows(0);
     }
     CloseDatabase();
-    if (gridLicenses->Cols() > 1) gridLicenses->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
+    if (gridLicenses->Cols() > 1)
+        gridLicenses->setColAlignment(1, FlexGrid::flexAlignLeftCenter);
 }
 
 void frmLicenseControl::cmdAddRecord_Click()
@@ -165,7 +171,8 @@ void frmLicenseControl::cmdAddRecord_Click()
 
 void frmLicenseControl::editRecord()
 {
-    if (gridLicenses->Rows() == 0) return;
+    if (gridLicenses->Rows() == 0)
+        return;
     Forms::get<frmLicenseEntry>()->PopulateFileList();
     LoadLicenseForEdit();
 }
@@ -205,7 +212,8 @@ void frmLicenseControl::LoadLicenseForEdit()
 
 void frmLicenseControl::ConfirmDelete()
 {
-    if (gridLicenses->Rows() == 0 || gridLicenses->TextMatrix(gridLicenses->Row(), 0).isEmpty()) return;
+    if (gridLicenses->Rows() == 0 || gridLicenses->TextMatrix(gridLicenses->Row(), 0).isEmpty())
+        return;
     cmdDeleteRecord->setEnabled(false);
     DeleteSelectedLicense();
     if (gridLicenses->Rows() > 0) {

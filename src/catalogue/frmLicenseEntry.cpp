@@ -87,7 +87,8 @@ frmLicenseEntry::frmLicenseEntry()
 
 void frmLicenseEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 bool frmLicenseEntry::eventFilter(QObject *watched, QEvent *event)
@@ -171,7 +172,8 @@ void frmLicenseEntry::cmdSave_Click()
     if (lblEditMode->text() == QLatin1String("Add")) {
         QString sql = QStringLiteral("Insert Into KEVRO_LICENSES( ") + QStringLiteral("LICENSE_CLIENT, ") +
                       QStringLiteral("LICENSE_APP, ") + QStringLiteral("LICENSE_DATE_ADDED, ");
-        if (!permanent) sql += QStringLiteral("LICENSE_VALID_FROM, ") + QStringLiteral("LICENSE_VALID_TO, ");
+        if (!permanent)
+            sql += QStringLiteral("LICENSE_VALID_FROM, ") + QStringLiteral("LICENSE_VALID_TO, ");
         sql += QStringLiteral("LICENSE_PERMINANT) ") + QStringLiteral("Values(") + QStringLiteral("'") + gClientCode +
                QStringLiteral("', ") + QStringLiteral("'") + app + QStringLiteral("', ") + QStringLiteral("'") +
                NowText() + QStringLiteral("', ");

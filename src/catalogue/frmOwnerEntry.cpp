@@ -82,7 +82,8 @@ void frmOwnerEntry::Form_Load()
 
 void frmOwnerEntry::Form_QueryUnload(int &, int unloadMode)
 {
-    if (unloadMode == vbFormControlMenu) EndProcess(0);
+    if (unloadMode == vbFormControlMenu)
+        EndProcess(0);
 }
 
 void frmOwnerEntry::ShowDBOwners()

@@ -21,11 +21,13 @@ QString qtFilter(const QString &filter)
         // Names on Linux are case-sensitive: LIST.TXT is as much a text file as list.txt.
         QStringList patterns = parts[i + 1].split(QLatin1Char(';'), Qt::SkipEmptyParts);
         for (const QString &p : QStringList(patterns))
-            if (p.toUpper() != p) patterns << p.toUpper();
+            if (p.toUpper() != p)
+                patterns << p.toUpper();
         const QString patternText = patterns.join(QLatin1Char(' '));
         QString description = parts[i];
         const qsizetype open = description.indexOf(QLatin1Char('('));
-        if (open >= 0) description.truncate(open);
+        if (open >= 0)
+            description.truncate(open);
         out << description.trimmed() + QStringLiteral(" (") + patternText + QLatin1Char(')');
     }
     return out.join(QStringLiteral(";;"));
@@ -42,6 +44,7 @@ void CommonDialog::ShowOpen(QWidget *parent)
     const QString filter = qtFilter(Filter);
     const QString chosen = responder() ? responder()(DialogTitle, filter)
                                        : QFileDialog::getOpenFileName(parent, DialogTitle, QString(), filter);
-    if (chosen.isEmpty()) RaiseVbError(cdlCancel);
+    if (chosen.isEmpty())
+        RaiseVbError(cdlCancel);
     FileName = chosen;
 }
