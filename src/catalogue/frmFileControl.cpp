@@ -114,9 +114,7 @@ frmFileControl::frmFileControl()
     On(cmdOwners, &QPushButton::clicked, this, [this] { cmdOwners_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 void frmFileControl::Form_Load()

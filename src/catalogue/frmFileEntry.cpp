@@ -158,9 +158,7 @@ frmFileEntry::frmFileEntry()
     On(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
     On(cmdBack, &QPushButton::clicked, this, [this] { ReturnToCaller(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 void frmFileEntry::Form_Load()

@@ -96,9 +96,7 @@ frmLicenseControl::frmLicenseControl()
     On(mnuLicenseGridContextDelete, &QAction::triggered, this, [this] { ConfirmDelete(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 void frmLicenseControl::Form_Load()

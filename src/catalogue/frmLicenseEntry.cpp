@@ -80,9 +80,7 @@ frmLicenseEntry::frmLicenseEntry()
     On(cmdSave, &QPushButton::clicked, this, [this] { cmdSave_Click(); });
     On(cmdBack, &QPushButton::clicked, this, [this] { ReturnToLicenseControl(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 void frmLicenseEntry::Form_QueryUnload(int &, int unloadMode)

@@ -68,9 +68,7 @@ frmOwnerEntry::frmOwnerEntry()
     On(cmdSaveRecords, &QPushButton::clicked, this, [this] { cmdSaveRecords_Click(); });
     On(cmdBack, &QPushButton::clicked, this, [this] { ReturnToApplications(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 void frmOwnerEntry::Form_Load()

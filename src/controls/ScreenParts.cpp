@@ -7,6 +7,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
+#include <QMouseEvent>
 #include <QFrame>
 #include <QLabel>
 #include <QMenuBar>
@@ -66,10 +67,12 @@ HoverPictures::HoverPictures(QWidget *background) : QObject(background), m_backg
     background->installEventFilter(this);
 }
 
-void HoverPictures::add(QAbstractButton *button, QLabel *normal, QLabel *hover)
+void HoverPictures::add(QAbstractButton *button, QLabel *normal, QLabel *hover, bool sizeToPicture)
 {
     m_faces.append({button, normal, hover});
-    button->setIconSize(normal->pixmap().size());
+    if (sizeToPicture)
+        button->setIconSize(normal->pixmap().size());
+    button->setMouseTracking(true);
     button->installEventFilter(this);
 }
 
@@ -83,10 +86,16 @@ bool HoverPictures::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_background && event->type() == QEvent::MouseMove) {
         ShowNormalPictures();
-    } else if (event->type() == QEvent::Enter) {
-        for (const Face &f : m_faces)
-            if (f.button == watched)
-                f.button->setIcon(f.hover->pixmap());
+    } else if (event->type() == QEvent::Enter || event->type() == QEvent::MouseMove) {
+        for (const Face &f : m_faces) {
+            if (f.button != watched)
+                continue;
+            f.button->setIcon(f.hover->pixmap());
+            // A move over the button is taken here: passed on to the background it would put the
+            // normal face back.
+            if (event->type() == QEvent::MouseMove && static_cast<QMouseEvent *>(event)->buttons() == Qt::NoButton)
+                return true;
+        }
     }
     return QObject::eventFilter(watched, event);
 }

@@ -42,7 +42,8 @@ class HoverPictures final : public QObject
 {
 public:
     explicit HoverPictures(QWidget *background);
-    void add(QAbstractButton *button, QLabel *normal, QLabel *hover);
+    // sizeToPicture: the button's icon takes the picture's own size (false keeps the button's).
+    void add(QAbstractButton *button, QLabel *normal, QLabel *hover, bool sizeToPicture = true);
     void ShowNormalPictures();
 
 protected:

@@ -71,9 +71,7 @@ frmReportViewer::frmReportViewer()
     On(gridReports, &FlexGrid::DblClick, this, [this] { gridReports_DblClick(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
     // The Scan Engine and Database entries do nothing on this screen.
 }
 

@@ -113,9 +113,7 @@ frmScanSummary::frmScanSummary()
     On(cmdFinish, &QPushButton::clicked, this, [this] { cmdFinish_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { ExitApplication(); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
     // The Scan Engine and Database entries do nothing on this screen.
 }
 

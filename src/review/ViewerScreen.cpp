@@ -74,9 +74,7 @@ ViewerScreen::ViewerScreen(const char *objectName, const QString &title, const K
     On(m_grid, &FlexGrid::MouseUp, this, [this](int button) { gridMouseUp(button); });
     On(m_grid, &FlexGrid::MouseMove, this, [this](int button) { gridMouseMove(button); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { ExitApplication(); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
     // The Scan Engine and Database entries do nothing on the review screens.
 }
 
@@ -211,6 +209,17 @@ void ViewerScreen::RemoveEmptyFirstRow()
         g->RemoveItem(1);
         g->setRowSel(1);
     }
+}
+
+QPushButton *ViewerScreen::TransportButton(QWidget *parent, const char *name, const QString &picture,
+                                           const QString &tip, long left)
+{
+    auto *b = Named(new QPushButton(parent), name);
+    b->setIcon(QIcon(LoadPicture(picture)));
+    b->setIconSize(QSize(32, 24));
+    b->setToolTip(tip);
+    PlaceTw(b, left, 60, 720, 420);
+    return b;
 }
 
 QString ViewerScreen::RowPath() const

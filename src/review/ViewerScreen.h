@@ -88,6 +88,9 @@ protected:
     QString ShowPath();
     // The path of the current row: the row's key.
     QString RowPath() const;
+    // A player's transport button with its picture, placed in twips on the players' button bar.
+    static QPushButton *TransportButton(QWidget *parent, const char *name, const QString &picture,
+                                        const QString &tip, long left);
     // The chain: the first screen whose box is ticked, else the last one named (the summary or the set-up).
     using Chain = QList<QPair<QCheckBox *, QString>>;
     // Images, Audio and Video write their checked number first and stop their players (stopPlayers) before

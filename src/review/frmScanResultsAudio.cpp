@@ -23,16 +23,6 @@
 namespace {
 constexpr long FormWidth = 11400;
 constexpr long FormHeight = 7680;
-
-QPushButton *transportButton(QWidget *parent, const char *name, const QString &picture, const QString &tip, long left)
-{
-    auto *b = Named(new QPushButton(parent), name);
-    b->setIcon(QIcon(LoadPicture(picture)));
-    b->setIconSize(QSize(32, 24));
-    b->setToolTip(tip);
-    PlaceTw(b, left, 60, 720, 420);
-    return b;
-}
 } // namespace
 
 frmScanResultsAudio::frmScanResultsAudio()
@@ -49,9 +39,9 @@ frmScanResultsAudio::frmScanResultsAudio()
     PlaceTw(MediaPlayer1, 5500, 1290, 5660, 600);
     picButtonBar = Named(new QWidget(m_central), "picButtonBar");
     PlaceTw(picButtonBar, 5500, 2010, 3700, 540);
-    cmdPlay = transportButton(picButtonBar, "cmdPlay", QStringLiteral("play_off"), QStringLiteral("Play"), 0);
-    cmdPause = transportButton(picButtonBar, "cmdPause", QStringLiteral("pause_off"), QStringLiteral("Pause"), 780);
-    cmdStop = transportButton(picButtonBar, "cmdStop", QStringLiteral("stop"), QStringLiteral("Stop"), 1560);
+    cmdPlay = TransportButton(picButtonBar, "cmdPlay", QStringLiteral("play_off"), QStringLiteral("Play"), 0);
+    cmdPause = TransportButton(picButtonBar, "cmdPause", QStringLiteral("pause_off"), QStringLiteral("Pause"), 780);
+    cmdStop = TransportButton(picButtonBar, "cmdStop", QStringLiteral("stop"), QStringLiteral("Stop"), 1560);
     chkLoopAudio = Named(new QCheckBox(QStringLiteral("Loop Audio"), m_central), "chkLoopAudio");
     PlaceTw(chkLoopAudio, 5500, 2700, 2400, 300);
     PlaceTw(lblCurrentPath, 240, 6240, 10920, 270);

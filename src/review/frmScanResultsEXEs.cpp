@@ -193,9 +193,7 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     // cmdRunEXE has no action.
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
 }
 
 QString frmScanResultsEXEs::NodeTag(const QTreeWidgetItem *node)

@@ -26,17 +26,6 @@
 namespace {
 constexpr long FormWidth = 11400;
 constexpr long FormHeight = 7680;
-
-
-QPushButton *transportButton(QWidget *parent, const char *name, const QString &picture, const QString &tip, long left)
-{
-    auto *b = Named(new QPushButton(parent), name);
-    b->setIcon(QIcon(LoadPicture(picture)));
-    b->setIconSize(QSize(32, 24));
-    b->setToolTip(tip);
-    PlaceTw(b, left, 60, 720, 420);
-    return b;
-}
 } // namespace
 
 frmScanResultsVideo::frmScanResultsVideo()
@@ -61,9 +50,9 @@ frmScanResultsVideo::frmScanResultsVideo()
     picPlayOff = PictureHolder(m_central, "picPlayOff", QStringLiteral("play_off"));
     picPauseOn = PictureHolder(m_central, "picPauseOn", QStringLiteral("pause_on"));
     picPauseOff = PictureHolder(m_central, "picPauseOff", QStringLiteral("pause_off"));
-    cmdPlay = transportButton(picButtonBar, "cmdPlay", QStringLiteral("play_off"), QStringLiteral("Play"), 0);
-    cmdPause = transportButton(picButtonBar, "cmdPause", QStringLiteral("pause_off"), QStringLiteral("Pause"), 780);
-    cmdStop = transportButton(picButtonBar, "cmdStop", QStringLiteral("stop"), QStringLiteral("Stop"), 1560);
+    cmdPlay = TransportButton(picButtonBar, "cmdPlay", QStringLiteral("play_off"), QStringLiteral("Play"), 0);
+    cmdPause = TransportButton(picButtonBar, "cmdPause", QStringLiteral("pause_off"), QStringLiteral("Pause"), 780);
+    cmdStop = TransportButton(picButtonBar, "cmdStop", QStringLiteral("stop"), QStringLiteral("Stop"), 1560);
 
     chkLoopVideo = Named(new QCheckBox(QStringLiteral("Loop Video"), m_central), "chkLoopVideo");
     PlaceTw(chkLoopVideo, 5500, 4980, 2400, 300);

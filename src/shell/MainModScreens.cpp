@@ -1,18 +1,21 @@
 #include "shell/MainModScreens.h"
-#include "review/ReviewScreens.h"
-#include "shell/MainMod.h"
 
-#include "platform/Events.h"
-#include "controls/MsgBoxDialog.h"
-#include "controls/KeyCodes.h"
-#include "platform/ShellOpen.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
+#include "controls/KeyCodes.h"
+#include "controls/Menus.h"
+#include "controls/MsgBoxDialog.h"
+#include "platform/Events.h"
+#include "platform/ShellOpen.h"
+#include "platform/VbError.h"
+#include "review/ReviewScreens.h"
+#include "shell/MainMod.h"
 #include "shell/Progress.h"
 #include "shell/frmAbout.h"
 #include "shell/frmOptions.h"
 #include "shell/frmProgressBox.h"
 
+#include <QAction>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QLabel>
@@ -52,6 +55,13 @@ void ShowAboutBox(Form *form)
     about->setLeft(form->Left() + form->Width() / 2 - about->Width() / 2);
     about->setTop(form->Top() + form->Height() / 2 - about->Height() / 2);
     about->show();
+}
+
+void ConnectOptionsAndHelp(Form *form, const StandardMenus &menus)
+{
+    On(menus.mnuToolsOptions, &QAction::triggered, form, [form] { ShowOptions(form); });
+    On(menus.mnuHelpContents, &QAction::triggered, form, [] { ShowHelp(); });
+    On(menus.mnuHelpAbout, &QAction::triggered, form, [form] { ShowAboutBox(form); });
 }
 
 void FlexGridEditStart(FlexGrid *grid, QLineEdit *editBox, int keyAscii)

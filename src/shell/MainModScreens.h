@@ -3,6 +3,7 @@
 class Form;
 class FlexGrid;
 class QLineEdit;
+struct StandardMenus;
 
 // The shared routines that touch screens.
 
@@ -13,6 +14,8 @@ void InstallScreenServices();
 void ShowOptions(Form *form);
 // The About box centred over the calling screen, not modal.
 void ShowAboutBox(Form *form);
+// Tools, Options; Help, Contents; Help, About: the same on every working screen.
+void ConnectOptionsAndHelp(Form *form, const StandardMenus &menus);
 
 // In-cell editing of a grid with a floating edit box, a sibling of the grid.
 void FlexGridEditStart(FlexGrid *grid, QLineEdit *editBox, int keyAscii);

@@ -43,8 +43,6 @@ frmMainMenu::frmMainMenu()
     setWindowTitle(QStringLiteral("KEVRO - Main Menu"));
     auto *central = Named(new QWidget(this), "frmMainMenuBackground");
     central->setStyleSheet(QStringLiteral("#frmMainMenuBackground { background: #ffffff; }"));
-    central->setMouseTracking(true);
-    central->installEventFilter(this);
     setCentralWidget(central);
     menus = BuildStandardMenus(this);
     setFixedSize(TwipsToPixels(9000), TwipsToPixels(5520) + menuBar()->sizeHint().height());
@@ -114,10 +112,8 @@ frmMainMenu::frmMainMenu()
         auto *b = Named(new QToolButton(central), name);
         b->setAutoRaise(true);
         b->setIconSize(QSize(TwipsToPixels(ButtonSize) - 8, TwipsToPixels(ButtonSize) - 8));
-        b->setMouseTracking(true);
         b->setCursor(Qt::PointingHandCursor);
         b->setToolTip(caption);
-        b->installEventFilter(this);
         PlaceTw(b, left, ButtonTop, ButtonSize, ButtonSize);
         *label = Named(new QLabel(caption, central), labelName);
         (*label)->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
@@ -132,6 +128,13 @@ frmMainMenu::frmMainMenu()
         button("cmdFileControl", "lblFileControl", QStringLiteral("Applications"), 5520, &lblFileControl);
     cmdLicenseControl =
         button("cmdLicenseControl", "lblLicenseControl", QStringLiteral("Licenses"), 6960, &lblLicenseControl);
+    // The button under the mouse shows its hover face, the background all normal ones.
+    m_faces = new HoverPictures(central);
+    m_faces->add(cmdScanDisc, picScanDiscNormal, picScanDiscHover, false);
+    m_faces->add(cmdReports, picReportsNormal, picReportsHover, false);
+    m_faces->add(cmdClients, picClientsNormal, picClientsHover, false);
+    m_faces->add(cmdFileControl, picApplicationsNormal, picApplicationsHover, false);
+    m_faces->add(cmdLicenseControl, picLicensesNormal, picLicencesHover, false);
     shpSlip->lower();
 
     // The combos and the job.
@@ -156,9 +159,7 @@ frmMainMenu::frmMainMenu()
     On(menus.mnuDatabaseClients, &QAction::triggered, this, [this] { ClientControl(); });
     On(cmdLicenseControl, &QToolButton::clicked, this, [this] { LicenseControl(); });
     On(menus.mnuDatabaseLicenseControl, &QAction::triggered, this, [this] { LicenseControl(); });
-    On(menus.mnuToolsOptions, &QAction::triggered, this, [this] { ShowOptions(this); });
-    On(menus.mnuHelpContents, &QAction::triggered, this, [] { ShowHelp(); });
-    On(menus.mnuHelpAbout, &QAction::triggered, this, [this] { ShowAboutBox(this); });
+    ConnectOptionsAndHelp(this, menus);
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
 }
 
@@ -174,11 +175,7 @@ QList<QLabel *> frmMainMenu::buttonLabels() const
 
 void frmMainMenu::ShowNormalPictures()
 {
-    cmdScanDisc->setIcon(picScanDiscNormal->pixmap());
-    cmdReports->setIcon(picReportsNormal->pixmap());
-    cmdClients->setIcon(picClientsNormal->pixmap());
-    cmdFileControl->setIcon(picApplicationsNormal->pixmap());
-    cmdLicenseControl->setIcon(picLicensesNormal->pixmap());
+    m_faces->ShowNormalPictures();
 }
 
 void frmMainMenu::Form_Load()
@@ -364,25 +361,7 @@ void frmMainMenu::Form_QueryUnload(int &, int unloadMode)
 
 bool frmMainMenu::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::MouseMove) {
-        // Hover pictures: the button under the mouse shows its Hover face, the background all Normal.
-        const QList<QPair<QToolButton *, QLabel *>> hover{{cmdScanDisc, picScanDiscHover},
-                                                           {cmdReports, picReportsHover},
-                                                           {cmdClients, picClientsHover},
-                                                           {cmdFileControl, picApplicationsHover},
-                                                           {cmdLicenseControl, picLicencesHover}};
-        for (const auto &[button, picture] : hover) {
-            if (watched == button) {
-                button->setIcon(picture->pixmap());
-                button->update();
-                // Taken here: passed on, it would reach the background and put the Normal face back.
-                if (static_cast<QMouseEvent *>(event)->buttons() == Qt::NoButton)
-                    return true;
-            }
-        }
-        if (watched == centralWidget())
-            ShowNormalPictures();
-    } else if (event->type() == QEvent::KeyRelease && watched == cmbClientCode) {
+    if (event->type() == QEvent::KeyRelease && watched == cmbClientCode) {
         RunHandler([this] { JobUpdate(); });
     }
     return Form::eventFilter(watched, event);

@@ -4,6 +4,7 @@
 #include "controls/Menus.h"
 
 class CAutoComplete;
+class HoverPictures;
 class QComboBox;
 class QFrame;
 class QLabel;
@@ -57,6 +58,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    HoverPictures *m_faces = nullptr;
     void JobUpdate();
     void cmbClientCode_Click(int index);
     void cmbClientName_Click(int index);
