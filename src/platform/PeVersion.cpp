@@ -143,8 +143,9 @@ public:
         if (!entryOf(m_resourceRva, true, RtVersion, types) || !(types & SubdirectoryBit))
             return {};
         const uint64_t namesRva = uint64_t(m_resourceRva) + (types & ~SubdirectoryBit);
-        // Windows asks for the block numbered 1; a file without one gives its first.
-        if (!entryOf(namesRva, true, VersionInfoId, names) && !entryOf(namesRva, false, 0, names))
+        // The version API asks for the block numbered 1: a file whose version block has another number or a
+        // name has no version information.
+        if (!entryOf(namesRva, true, VersionInfoId, names))
             return {};
         if (!(names & SubdirectoryBit))
             return {};

@@ -10,8 +10,7 @@
 // checked against the end of the file and of the block; a truncated, damaged or hostile file simply has
 // no version block.
 
-// The VS_VERSIONINFO block of the file: the RT_VERSION resource (the entry numbered 1 when there is one,
-// else the first, and its first language). Empty when the file is no PE file, has no such resource, or
+// The VS_VERSIONINFO block of the file: the RT_VERSION resource numbered 1, its first language. Empty when the file is no PE file, has no such resource, or
 // anything on the way lies outside the file. Only regular files are opened.
 QByteArray ReadVersionBlock(const QString &path);
 // The same from a file's bytes already in memory.
