@@ -157,9 +157,12 @@ int main(int argc, char **argv)
     CreateFolder(ExtractFolder());
     CatalogueTarget catalogue;
     catalogue.sqliteFile = appFolder.filePath(QStringLiteral("kevro.db"));
-    if (const QString failed = CreateCatalogue(catalogue, true) + LoadDemoCatalogue(catalogue) +
-                               WriteDataSourceEntry(catalogue, appFolder.filePath(QStringLiteral("odbc.ini")));
-        !failed.isEmpty()) {
+    QString failed = CreateCatalogue(catalogue, true);
+    if (failed.isEmpty())
+        failed = LoadDemoCatalogue(catalogue);
+    if (failed.isEmpty())
+        failed = WriteDataSourceEntry(catalogue, appFolder.filePath(QStringLiteral("odbc.ini")));
+    if (!failed.isEmpty()) {
         std::fprintf(stderr, "the benchmark's catalogue cannot be made: %s\n", qPrintable(failed));
         return 1;
     }
