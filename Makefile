@@ -8,9 +8,10 @@ DEBS := cmake ninja-build g++ pkg-config \
         gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav \
         xvfb xauth xdg-utils fonts-dejavu-core python3
 # The tests also run the catalogue against a real PostgreSQL server of their own, build executables
-# with version resources with mingw-w64's binutils and read them back with Debian's pefile.
+# with version resources with mingw-w64's binutils and read them back with Debian's pefile; Debian's
+# distlib brings real launchers whose version block is not the one the version API reads.
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
-             binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile
+             binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile python3-distlib
 # The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell.
 BENCH_DEBS := libarchive-tools sqlite3
 

@@ -5,6 +5,7 @@
 #include "ArchiveFixtures.h"
 #include "TestSupport.h"
 
+#include "platform/PeVersion.h"
 #include "review/VersionInformation.h"
 
 #include <QDir>
@@ -104,12 +105,22 @@ void TestPeVersion::whatCarriesFromOneFileToTheNext()
     // A company name without a product version is no version information, yet the name stays read.
     QCOMPARE(info.FileInformationText(fixture("noproduct.exe")), QStringLiteral("(No version information for this file)"));
     QCOMPARE(info.CompanyName, QStringLiteral("Nameless Tools Inc"));
-    // A file without a version block empties all eight strings; so do damaged and missing ones.
-    for (const char *name : {"noversion.exe", "truncated.exe", "outside.exe", "missing.exe"}) {
+    // A file without a version block empties all eight strings; so do damaged and missing ones, and one
+    // whose only block is not numbered 1 (the version API asks for that one).
+    for (const char *name : {"noversion.exe", "truncated.exe", "outside.exe", "missing.exe", "numbertwo.exe"}) {
         QVERIFY(info.ReadVersionInformation(fixture("english.exe")));
         QVERIFY2(!info.ReadVersionInformation(fixture(QLatin1String(name))), name);
         QCOMPARE(info.CompanyName, QString());
         QCOMPARE(info.ProductVersion, QString());
+    }
+    // Debian's own launchers carry their version block under number 102: no version information either.
+    const QStringList launchers = QDir(QStringLiteral("/usr/lib/python3/dist-packages/distlib"))
+                                      .entryList({QStringLiteral("*.exe")}, QDir::Files);
+    const QByteArray versionKey(reinterpret_cast<const char *>(u"VS_VERSION_INFO"), 30);
+    for (const QString &name : launchers) {
+        const QString path = QStringLiteral("/usr/lib/python3/dist-packages/distlib/") + name;
+        QVERIFY2(ReadTestFile(path).contains(versionKey), qPrintable(name)); // the block is there
+        QVERIFY2(ReadVersionBlock(path).isEmpty(), qPrintable(name));
     }
     // A pipe under an executable's name is never opened: no wait for a writer.
     QTemporaryDir dir;
