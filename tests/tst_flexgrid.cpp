@@ -26,7 +26,7 @@ private Q_SLOTS:
     void reviewFillOverlapsBlocks();
     void exactlyOneBlock();
     void sorts();
-    void cellPicturesTravelWithRows();
+    void picturesAndRowDataTravelWithRows();
     void rowsAddedAndRemoved();
     void mouseOverHeadingAndRows();
     void inCellEditing();
@@ -197,7 +197,7 @@ void TestFlexGrid::sorts()
         }
 }
 
-void TestFlexGrid::cellPicturesTravelWithRows()
+void TestFlexGrid::picturesAndRowDataTravelWithRows()
 {
     {
         // An alignment set before the cell has its picture holds for the picture set afterwards.
@@ -222,6 +222,8 @@ void TestFlexGrid::cellPicturesTravelWithRows()
     grid.AddItem("Zip\t/D/B.EXE\tB.EXE");
     grid.AddItem("Hidden\t/D/A.EXE\tA.EXE");
     grid.AddItem("\t/D/C.EXE\tC.EXE");
+    for (int r = 1; r <= 3; ++r)
+        grid.setRowData(r, 10 * r);
     grid.setRow(1);
     grid.setCol(0);
     grid.setText("");
@@ -236,8 +238,10 @@ void TestFlexGrid::cellPicturesTravelWithRows()
     QCOMPARE(grid.TextMatrix(2, 2), QString("B.EXE"));
     QVERIFY(grid.HasCellPicture(2, 0));
     QVERIFY(!grid.HasCellPicture(1, 0));
+    QCOMPARE((QList<long>{grid.RowData(1), grid.RowData(2), grid.RowData(3)}), (QList<long>{20, 10, 30}));
     grid.RemoveItem(1);
     QVERIFY(grid.HasCellPicture(1, 0));
+    QCOMPARE(grid.RowData(1), 10L);
     grid.Clear();
     QVERIFY(!grid.HasCellPicture(1, 0));
     QCOMPARE(grid.Rows(), 3);

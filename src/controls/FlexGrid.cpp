@@ -286,6 +286,18 @@ void FlexGrid::setClip(const QString &text)
     refresh(true);
 }
 
+long FlexGrid::RowData(int row) const
+{
+    checkCell(row, 0);
+    return m_model->rows[row].data;
+}
+
+void FlexGrid::setRowData(int row, long value)
+{
+    checkCell(row, 0);
+    m_model->rows[row].data = value;
+}
+
 QString FlexGrid::TextMatrix(int row, int col) const
 {
     checkCell(row, col);

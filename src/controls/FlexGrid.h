@@ -58,6 +58,10 @@ public:
     QString Clip() const;
     void setClip(const QString &text);
 
+    // A number kept with each row that is never shown and moves with the row when the grid sorts.
+    long RowData(int row) const;
+    void setRowData(int row, long value);
+
     QString TextMatrix(int row, int col) const;
     void setTextMatrix(int row, int col, const QString &text);
     // The current cell's text.

@@ -19,6 +19,7 @@ struct CellPic {
 struct GridRow {
     QList<QString> cells;
     QHash<int, CellPic> pictures; // by column; most rows have none
+    long data = 0;                // RowData: travels with the row through sorts, never shown
 
     QString at(int c) const { return c < cells.size() ? cells[c] : QString(); }
     QString &ref(int c)
