@@ -93,8 +93,8 @@ QStringList layOutDisc(const QString &root)
             f.open(QIODevice::WriteOnly);
             f.write(QByteArray(512 + i % 4096, 'x'));
         }
-        // The scan records each folder's real name as it lists it; so does this disc.
-        RegisterRealFolder(QFileInfo(path).path().toUpper() + QLatin1Char('/'), QFileInfo(path).path() + QLatin1Char('/'));
+        // The scan records each file's real path as it lists it; so does this disc.
+        RegisterRealPath(path.toUpper(), path);
         paths << path.toUpper();
     }
     return paths;

@@ -3,6 +3,8 @@
 // What an operator does on a screen, for the test programs that drive screens: controls are found by
 // their names, and every action goes through the mouse and the keyboard as QTest delivers them.
 
+#include "controls/FlexGrid.h"
+
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -90,4 +92,25 @@ inline void ClearText(QWidget *box)
     QTest::keyClick(box, Qt::Key_Home);
     QTest::keyClick(box, Qt::Key_End, Qt::ShiftModifier);
     QTest::keyClick(box, Qt::Key_Delete);
+}
+
+// The middle of a grid's cell. Row 0 is the heading when the grid has one: the view's rows start below it.
+inline QPoint CellCentre(FlexGrid *grid, int row, int col)
+{
+    return grid->visualRect(grid->model()->index(row - grid->FixedRows(), col)).center();
+}
+
+// A click on a row of a review screen's grid, on its name.
+inline void ClickRow(FlexGrid *grid, int row, int col = 2)
+{
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(grid, row, col));
+}
+
+// The first row of a review grid that shows this name, or -1.
+inline int RowOf(FlexGrid *grid, const QString &fileName)
+{
+    for (int r = 1; r < grid->Rows(); ++r)
+        if (grid->TextMatrix(r, 2) == fileName)
+            return r;
+    return -1;
 }

@@ -261,6 +261,23 @@ void TestArchive::bounds()
     QCOMPARE(everything(m_target + "/again"), QStringList());
     QCOMPARE(y.scanTotal(), int64_t(2 * part.size()));
 
+    // Many members, each empty: the member bounds stop the archive and then the scan, as the byte bounds do.
+    QList<M> many;
+    for (int i = 0; i < 5; ++i)
+        many.append({QByteArray("m") + QByteArray::number(i), {}});
+    const QString crowd = WriteArchive(m_sandbox + "/CROWD.ZIP", many);
+    ArchiveExpander::Limits counted = smallLimits();
+    counted.archiveMembers = 3;
+    counted.scanMembers = 5;
+    ArchiveExpander c(counted);
+    QCOMPARE(c.ReadContents(crowd), 0L);
+    QVERIFY(!c.Expand(crowd, m_target + "/crowd"));
+    QCOMPARE(everything(m_target + "/crowd"), (QStringList{"m0", "m1", "m2"}));
+    QCOMPARE(c.warnings(), QStringList{"Expansion stopped at m3: the archive holds more than 3 members"});
+    QVERIFY(!c.Expand(crowd, m_target + "/crowd2"));
+    QCOMPARE(everything(m_target + "/crowd2"), QStringList{"m0"});
+    QCOMPARE(c.warnings(), QStringList{"Expansion stopped at m1: the disc's archives hold more than 5 members"});
+
     // Not enough free space left: nothing is written.
     ArchiveExpander::Limits full = smallLimits();
     full.freeSpaceReserve = int64_t(1) << 62;

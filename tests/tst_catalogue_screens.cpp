@@ -40,12 +40,6 @@
 
 namespace {
 
-void clickRow(FlexGrid *grid, int row)
-{
-    const QPoint at = grid->visualRect(grid->model()->index(row - grid->FixedRows(), 1)).center();
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-}
-
 QStringList names(FlexGrid *grid)
 {
     QStringList out;
@@ -232,7 +226,7 @@ void TestCatalogueScreens::clients()
 
     // An existing name changed to one with an apostrophe is saved without it; a new one is refused.
     // Rows written before the failure stay written.
-    clickRow(grid, 0);
+    ClickRow(grid, 0, 1);
     QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier,
                        grid->visualRect(grid->model()->index(0, 1)).center());
     QCOMPARE(box->text(), QStringLiteral("Contoso Média"));
@@ -274,10 +268,10 @@ void TestCatalogueScreens::clients()
     QCOMPARE(names(grid), (QStringList{"Northwind Discs", "OBrien Media"}));
     boxes.clear();
     boxes.queue(vbYes, 2);
-    clickRow(grid, 1);
+    ClickRow(grid, 1, 1);
     Click(s->cmdDeleteRecord);
     QCOMPARE(storedClients(), QStringList{"Northwind Discs"});
-    clickRow(grid, 0);
+    ClickRow(grid, 0, 1);
     Click(s->cmdDeleteRecord);
     QCOMPARE(storedClients(), QStringList());
     QCOMPARE(grid->Rows(), 0);
@@ -426,13 +420,13 @@ void TestCatalogueScreens::owners()
     QCOMPARE(names(grid), (QStringList{"Adobe", "OReilly Software"}));
 
     // A row left blank: the message, and the rows before it have been written.
-    clickRow(grid, 0);
+    ClickRow(grid, 0, 1);
     QTest::keyClick(grid, 'A'); // a key on the grid opens the box with that key
     QCOMPARE(s->txtEdit->text(), QStringLiteral("A"));
     QTest::keyClicks(s->txtEdit, "dobe Systems");
     QCOMPARE(states(grid)[0], QStringLiteral("Update"));
     // A click on another row puts the text into the row it was typed for, before the move.
-    clickRow(grid, 1);
+    ClickRow(grid, 1, 1);
     QCOMPARE(names(grid), (QStringList{"Adobe Systems", "OReilly Software"}));
     QVERIFY(s->txtEdit->isHidden());
     Click(s->cmdAddRecord);
@@ -448,7 +442,7 @@ void TestCatalogueScreens::owners()
     s->ShowDBOwners();
     boxes.clear();
     boxes.queue(vbYes, 2);
-    clickRow(grid, 0);
+    ClickRow(grid, 0, 1);
     Click(s->cmdDeleteRecord);
     Click(s->cmdDeleteRecord);
     QCOMPARE(m_catalogue.column("SELECT OWNER_NAME FROM KEVRO_OWNERS", "OWNER_NAME"), QStringList());
@@ -533,7 +527,7 @@ void TestCatalogueScreens::applications()
 
     // Edit: the record and its components come back; a component deleted and then Back stays deleted,
     // the other changes are lost.
-    clickRow(list->gridFiles, 0);
+    ClickRow(list->gridFiles, 0, 1);
     QVERIFY(list->cmdEditRecord->isEnabled() && list->cmdDeleteRecord->isEnabled());
     Click(list->cmdEditRecord);
     entry = Forms::get<frmFileEntry>();
@@ -578,7 +572,7 @@ void TestCatalogueScreens::applications()
     boxes.clear();
     boxes.queue(vbYes);
     QVERIFY(!list->cmdDeleteRecord->isEnabled()); // back from the entry screen: until the grid is clicked
-    clickRow(list->gridFiles, 0);
+    ClickRow(list->gridFiles, 0, 1);
     Click(list->cmdDeleteRecord);
     QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this record?"});
     QCOMPARE(list->gridFiles->Rows(), 0);
@@ -687,7 +681,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
 
     // The context menu's entry edits without filling the list: the name shows all the same and the
     // licence saves unchanged.
-    clickRow(list->gridLicenses, 0);
+    ClickRow(list->gridLicenses, 0, 1);
     list->mnuLicenseGridContextAdd->trigger();
     lic = Forms::get<frmLicenseEntry>();
     QCOMPARE(lic->drpLicenseFile->count(), 0);
@@ -706,7 +700,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
                                 : QStringLiteral("%1-%2-%3").arg(y).arg(m).arg(d);
     };
     const QString otherOrder = order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026");
-    clickRow(list->gridLicenses, 0);
+    ClickRow(list->gridLicenses, 0, 1);
     QTest::mouseDClick(list->gridLicenses->viewport(), Qt::LeftButton, Qt::NoModifier,
                        list->gridLicenses->visualRect(list->gridLicenses->model()->index(0, 1)).center());
     lic = Forms::get<frmLicenseEntry>();
@@ -738,7 +732,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     Click(lic->cmdBack);
 
     // Deleted, after the question: the grid empties and edit is no longer possible.
-    clickRow(list->gridLicenses, 0);
+    ClickRow(list->gridLicenses, 0, 1);
     boxes.clear();
     boxes.queue(vbYes);
     Click(list->cmdDeleteRecord);
@@ -767,7 +761,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     Click(lic->cmdBack);
     QCOMPARE(list->gridLicenses->Rows(), 1);
     m_catalogue.execute("DELETE FROM KEVRO_LICENSES");
-    clickRow(list->gridLicenses, 0);
+    ClickRow(list->gridLicenses, 0, 1);
     Click(list->cmdEditRecord);
     lic = Forms::get<frmLicenseEntry>();
     QVERIFY(lic->isVisible());

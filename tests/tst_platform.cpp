@@ -20,6 +20,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 class TestPlatform final : public QObject
 {
     Q_OBJECT
@@ -36,7 +39,10 @@ private Q_SLOTS:
     void shellOpenNeverExecutesDiscFiles();
     void responderRecordsAndAnswers();
     void failuresCarryTheirNumbers();
-    void realPaths();
+    void storedNames_data();
+    void storedNames();
+    void storedPathsReachTheirOwnFiles();
+    void emptyOpticalDrives();
     void pausePumpsEvents();
     void resetExtractFolderEmptiesEverything();
     void resetExtractFolderMissingIsFatal();
@@ -302,25 +308,92 @@ void TestPlatform::failuresCarryTheirNumbers()
     SetEndProcessHook(nullptr);
 }
 
-void TestPlatform::realPaths()
+void TestPlatform::storedNames_data()
 {
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("plain") << QByteArray("Setup.exe") << "SETUP.EXE";
+    QTest::newRow("tab, CR, LF, DEL") << QByteArray("a\tb\rc\nd\x7f.txt") << "A_B_C_D_.TXT";
+    QTest::newRow("C1 control") << QByteArray("x\xc2\x85y") << "X_Y";
+    QTest::newRow("markup") << QByteArray("<b>x</b>") << "_B_X_/B_";
+    QTest::newRow("direction controls") << QByteArray("a\xe2\x80\x8e\xe2\x80\xae" "b\xe2\x81\xa6" "c\xe2\x81\xa9") << "A__B_C_";
+    QTest::newRow("bytes that are not UTF-8") << QByteArray("bad\xff\xfe.txt") << "BAD__.TXT";
+    QTest::newRow("overlong and surrogate") << QByteArray("\xc0\xaf\xed\xa0\x80") << "_____";
+    QTest::newRow("cut short") << QByteArray("end\xe2\x82") << "END__";
+    QTest::newRow("letters kept") << QByteArray("stra\xc3\x9f""e \xc3\xa9t\xc3\xa9 \xf0\x9f\x98\x80") << QString::fromUtf8("STRASSE \u00c9T\u00c9 \U0001F600");
+    QTest::newRow("a real replacement mark is a letter") << QByteArray("\xef\xbf\xbd") << QString::fromUtf8("\uFFFD");
+}
+
+void TestPlatform::storedNames()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QString, stored);
+    QCOMPARE(StoredName(name), stored);
+}
+
+void TestPlatform::storedPathsReachTheirOwnFiles()
+{
+    // Two files that share a stored path, and one whose name no text can hold.
+    const QByteArray folder = QFile::encodeName(m_app.file("Disc")) + '/';
+    QDir().mkpath(m_app.file("Disc"));
+    for (const QByteArray &name : {QByteArray("setup.exe"), QByteArray("SETUP.EXE"), QByteArray(".bad\xff.txt")}) {
+        const int fd = ::open((folder + name).constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        QVERIFY(fd >= 0 && ::write(fd, name.constData(), size_t(name.size())) == name.size());
+        ::close(fd);
+    }
+    const int32_t f = RegisterScanFolder(folder);
+    const QString shared = QStringLiteral("/D/SETUP.EXE");
+    RegisterScanFile(shared, f, "setup.exe");
+    RegisterScanFile(QStringLiteral("/D/.BAD_.TXT"), f, ".bad\xff.txt");
+    RegisterScanFile(shared, f, "SETUP.EXE");
+    QCOMPARE(StoredPathCount(shared), 2);
+    QCOMPARE(ReadTestFile(RealPath(shared, 0)), QByteArray("setup.exe"));
+    QCOMPARE(ReadTestFile(RealPath(shared, 1)), QByteArray("SETUP.EXE"));
+    QCOMPARE(InfoOf(shared, 1).size, qint64(9));
+    // A list numbers its entries of one path in its own order; other paths are always the first.
+    Occurrences occurrence;
+    QCOMPARE((QList<int>{occurrence(shared), occurrence("/D/.BAD_.TXT"), occurrence(shared)}), (QList<int>{0, 0, 1}));
+    // The name that is not UTF-8 is reached through a link in the extract folder, made once.
+    QCOMPARE(NativePath("/D/.BAD_.TXT"), folder + ".bad\xff.txt");
+    const QString link = RealPath("/D/.BAD_.TXT");
+    QVERIFY2(link.startsWith(ExtractFolder() + "/") && link.endsWith("/.bad_.txt"), qPrintable(link));
+    QCOMPARE(RealPath("/D/.BAD_.TXT"), link);
+    QCOMPARE(ReadTestFile(link), QByteArray(".bad\xff.txt"));
+    QVERIFY(InfoOf("/D/.BAD_.TXT").hidden);
+    // A listed file replaced by a link since the scan is no file any more.
+    QVERIFY(::unlink((folder + "setup.exe").constData()) == 0 &&
+            ::symlink("/etc/hostname", (folder + "setup.exe").constData()) == 0);
+    QVERIFY(!InfoOf(shared, 0).exists);
+    QCOMPARE(FileSizeText(shared, 0), QStringLiteral("Error"));
+
+    // A path no walk registered: taken as it is, else resolved name by name.
     const QString real = WriteTestFile(m_app.file("Disc/Mixed Case/Setup.exe"), "MZ");
-    const QString stored = real.toUpper();
-    QCOMPARE(RealPath(stored), real); // resolved name by name
-    QCOMPARE(RealPath(real), real);
+    QCOMPARE(RealPath(real.toUpper()), real);
     QCOMPARE(RealPath("/NO/SUCH/PLACE"), QString("/NO/SUCH/PLACE"));
-    RegisterRealPath("/MEDIA/CDROM/X.EXE", real);
-    QCOMPARE(RealPath("/MEDIA/CDROM/X.EXE"), real);
+    QVERIFY(FileExists(real.toUpper()) && !FileExists(""));
     ClearRealPaths();
-    QCOMPARE(RealPath("/MEDIA/CDROM/X.EXE"), QString("/MEDIA/CDROM/X.EXE"));
-    QVERIFY(FileExists(stored));
-    QVERIFY(!FileExists(""));
+    QCOMPARE(StoredPathCount(shared), 0);
 
     SetScannedVolume("/media/cdrom");
     QCOMPARE(VolumeRootOf("/media/cdrom/A/B.EXE"), QString("/media/cdrom/"));
     QCOMPARE(VolumeRootOf(ExtractFolder() + "/X"), QString("/"));
     SetScannedVolume(QString());
-    QVERIFY(!Volumes().isEmpty());
+}
+
+void TestPlatform::emptyOpticalDrives()
+{
+    // A drive with a disc is the mounted volume; an empty one stands under its mount point (blanks
+    // escaped as fstab writes them), or under its device when the table names none.
+    const QString fstab = "# /dev/sr1 /media/commented iso9660 user,noauto 0 0\n"
+                          "UUID=1234 / ext4 defaults 0 1\n"
+                          "/dev/sr1   /media/cd\\040rom  udf,iso9660 user,noauto 0 0\n";
+    const QList<Volume> mounted{{"/media/disc", "MASTER", true, "/dev/sr0", true}};
+    const QList<Volume> empty = EmptyOpticalDrives({"/dev/sr0", "/dev/sr1", "/dev/sr2"}, fstab, mounted);
+    QCOMPARE(empty.size(), 2);
+    QCOMPARE(empty[0].root, QString("/media/cd rom"));
+    QCOMPARE(empty[1].root, QString("/dev/sr2"));
+    QVERIFY(empty[0].optical && !empty[0].mounted && empty[1].device == "/dev/sr2");
+    QVERIFY(!Volumes().isEmpty() && !IsEmptyDrive("/"));
 }
 
 void TestPlatform::pausePumpsEvents()

@@ -5,6 +5,7 @@
 #include "ArchiveFixtures.h"
 #include "CatalogueFixture.h"
 #include "DiscFixture.h"
+#include "HostileDisc.h"
 #include "Operator.h"
 #include "TestSupport.h"
 
@@ -32,6 +33,7 @@
 #include "shell/frmOptions.h"
 
 #include <QGroupBox>
+#include <QPlainTextEdit>
 #include <QToolButton>
 #include <QLabel>
 #include <QProcess>
@@ -144,6 +146,7 @@ private Q_SLOTS:
     void wholeJobThroughTheScreens();
     void kevroCheckExitCodes();
     void kevroCheckRefusesWhileAnotherWorks();
+    void hostileDiscThroughTheScreensAndKevroCheck();
 
 private:
     void useCatalogue(const QString &engine);
@@ -151,6 +154,8 @@ private:
     // every kind, ticks of several kinds.
     void fillCatalogue();
     JobResults fullJob();
+    // Main menu (client, catalogue number), Scan Disc, programs, text and external files, Next.
+    void scanFromTheMainMenu(const QString &disc, const QString &catalogue, bool html);
     frmScanSummary *summaryShown();
 
     TempAppFolder m_app;
@@ -609,6 +614,27 @@ void TestReporting::reportViewer()
     QCOMPARE(menu->Left(), 1500L);
 }
 
+void TestReporting::scanFromTheMainMenu(const QString &disc, const QString &catalogue, bool html)
+{
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    WriteIniKey("Reports", "DefaultReportType", html ? "HTML" : "TEXT");
+    WriteIniKey("Reports", "DefaultReportContent", "ALL");
+    // The operator: client and catalogue number on the main menu, then Scan Disc.
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->show();
+    QVERIFY(QTest::qWaitForWindowExposed(menu));
+    QVERIFY(ChooseFromList(Control<QComboBox>(menu, "cmbClientName"), ClientName));
+    QTest::keyClicks(Control<QLineEdit>(menu, "txtCatNo"), catalogue);
+    Click(Control<QToolButton>(menu, "cmdScanDisc"));
+    auto *scan = shown<frmScanDisc>();
+    QVERIFY(scan);
+    QCOMPARE(scan->Drive1->Drive(), disc);
+    // The programs, the text files and the external files are reviewed, nothing ticked on the way.
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles"})
+        Click(Control<QCheckBox>(scan, box));
+    Click(Control<QPushButton>(scan, "cmdNext"));
+}
+
 void TestReporting::wholeJobThroughTheScreens_data()
 {
     QTest::addColumn<QString>("engine");
@@ -648,25 +674,10 @@ void TestReporting::wholeJobThroughTheScreens()
                           {{"PROGRAM/ZETA.EXE", QByteArray(9000, 'z')}, {"PROGRAM/HELPER.EXE", QByteArray(2100, 'h')},
                      {"PROGRAM/GUIDE.TXT", QByteArray(1500, 'g')}})
                  .isEmpty());
-    WriteIniKey("Devices", "DefaultDevice", disc);
-    WriteIniKey("Reports", "DefaultReportType", html ? "HTML" : "TEXT");
-    WriteIniKey("Reports", "DefaultReportContent", "ALL");
-
-    // The operator: client and catalogue number on the main menu, then Scan Disc.
     MsgBoxResponder boxes;
-    auto *menu = Forms::get<frmMainMenu>();
-    menu->show();
-    QVERIFY(QTest::qWaitForWindowExposed(menu));
-    QVERIFY(ChooseFromList(Control<QComboBox>(menu, "cmbClientName"), ClientName));
-    QTest::keyClicks(Control<QLineEdit>(menu, "txtCatNo"), QStringLiteral("KV-77"));
-    Click(Control<QToolButton>(menu, "cmdScanDisc"));
-    auto *scan = shown<frmScanDisc>();
-    QVERIFY(scan);
-    QCOMPARE(scan->Drive1->Drive(), disc);
-    // The programs, the text files and the external files are reviewed here, nothing ticked.
-    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles"})
-        Click(Control<QCheckBox>(scan, box));
-    Click(Control<QPushButton>(scan, "cmdNext"));
+    scanFromTheMainMenu(disc, QStringLiteral("KV-77"), html);
+    if (QTest::currentTestFailed())
+        return;
     auto *exes = shown<frmScanResultsEXEs>();
     QVERIFY(exes);
     QCOMPARE(exes->lblLicensedPrograms->text(), QStringLiteral("Licensed Applications - 2"));
@@ -825,6 +836,93 @@ void TestReporting::kevroCheckRefusesWhileAnotherWorks()
     r = kevroCheck(args);
     QCOMPARE(r.code, 0);
     QVERIFY(!QFile::exists(member));
+}
+
+void TestReporting::hostileDiscThroughTheScreensAndKevroCheck()
+{
+    HostileDisc hostile;
+    const QString disc = hostile.root();
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK); // the link inside the ZIP is not extracted
+    scanFromTheMainMenu(disc, QStringLiteral("HOSTILE"), false);
+    if (QTest::currentTestFailed())
+        return;
+    QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\nlink.txt: a link, not a file"});
+
+    // The unknown programs: a name's line feed, override and case are no more than "_" and one more row;
+    // each of the two SETUP.EXE rows opens its own file.
+    auto *exes = shown<frmScanResultsEXEs>();
+    QVERIFY(exes);
+    FlexGrid *unknown = exes->gridUnknownEXEs;
+    QStringList names;
+    for (int r = 1; r < unknown->Rows(); ++r)
+        names << unknown->TextMatrix(r, 2);
+    QCOMPARE(names, (QStringList{"EVIL_LICENSED APPLICATIONS - 99.EXE", "PHOTO_GPJ.EXE", "SETUP.EXE", "SETUP.EXE"}));
+    for (int r : {3, 4}) {
+        ClickRow(unknown, r);
+        exes->mnuContextUnknownLaunchEXE->trigger();
+    }
+    QCOMPARE(m_opened.size(), 2);
+    QCOMPARE(QSet<QByteArray>({ReadTestFile(m_opened[0]), ReadTestFile(m_opened[1])}),
+             QSet<QByteArray>({"lower-case setup", "upper-case setup"}));
+    m_opened.clear();
+    Click(Control<QPushButton>(exes, "cmdNext"));
+
+    // Text: both README.TXT rows and the name that is not UTF-8 show their own text.
+    auto *text = shown<frmScanResultsText>();
+    QVERIFY(text);
+    QStringList seen;
+    for (int r = 1; r < text->gridTextResults->Rows(); ++r) {
+        const QString name = text->gridTextResults->TextMatrix(r, 2);
+        if (name == "README.TXT" || name == "BAD__NAME.TXT") {
+            ClickRow(text->gridTextResults, r);
+            seen << text->txtSelectedText->toPlainText();
+        }
+    }
+    seen.sort();
+    QCOMPARE(seen, (QStringList{"lower-case readme", "not UTF-8", "upper-case readme"}));
+    Click(Control<QPushButton>(text, "cmdNext"));
+
+    // External: the tab is no column break; the row's size is its own file's, and it opens that file.
+    auto *other = shown<frmScanResultsOther>();
+    QVERIFY(other);
+    FlexGrid *external = other->gridTextResults;
+    QCOMPARE(external->Rows(), 2);
+    QCOMPARE((QStringList{external->TextMatrix(1, 1), external->TextMatrix(1, 2), external->TextMatrix(1, 3),
+                          external->TextMatrix(1, 4)}),
+             (QStringList{disc.toUpper() + "/A_B.BIN", "A_B.BIN", "3 KB", "BIN"}));
+    ClickRow(external, 1); // a double click's first press selects the row
+    QTest::mouseDClick(external->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(external, 1, 2));
+    QCOMPARE(m_opened, QStringList{disc + "/a\tb.bin"});
+    Click(Control<QPushButton>(other, "cmdNext"));
+
+    auto *summary = shown<frmScanSummary>();
+    QVERIFY(summary);
+    QCOMPARE(summary->lblUnknownTotal->text(), QStringLiteral("4"));
+    QCOMPARE(summary->lblTextTotal->text(), QStringLiteral("11"));
+    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("3"));
+    Click(Control<QPushButton>(summary, "cmdPrintReport"));
+    const QString report = ReportPath(QStringLiteral("HOSTILE"), ReportFormat::Text);
+    const QStringList lines = reportLines(report, disc);
+    // The report's lines are its own: none came from a name.
+    for (const QString &line : lines)
+        QVERIFY2(!line.contains(QRegularExpression("[\\x00-\\x1f<>\\x{202e}]")), qPrintable(line));
+    QVERIFY(lines.filter(QRegularExpression("^Licensed Applications - 99")).isEmpty());
+    QVERIFY(lines.contains("{DISC}/EVIL_LICENSED APPLICATIONS - 99.EXE (1 KB)"));
+    QCOMPARE(lines.filter("SETUP.EXE (1 KB)").size(), 2);
+    QCOMPARE(lines.filter("{DISC}/README.TXT (1 KB)").size(), 4); // listed twice, checked twice
+    QVERIFY(lines.contains("{DISC}/BAD__NAME.TXT (1 KB)") && lines.contains("{DISC}/A_B.BIN (3 KB)"));
+    QCOMPARE(lines.filter("{APP}/EXTRACT/DATA.ZIP/SAME.TXT (1 KB)").size(), 2);
+
+    // kevro-check: the same lists in HTML, no markup of the disc's, one warning line that says what.
+    const CheckRun run = kevroCheck({"--client", QString::number(m_client), "--catalogue", "HOSTILE", "--report",
+                                     "html", "--content", "all", disc});
+    QCOMPARE(run.code, 0);
+    QCOMPARE(run.err, "kevro-check: warning: " + disc.toUpper() + "/DATA.ZIP: link.txt: a link, not a file\n");
+    const QString html = QString::fromUtf8(ReadTestFile(ReportPath(QStringLiteral("HOSTILE"), ReportFormat::Html)));
+    QVERIFY(!html.contains("<script") && html.contains(disc.toUpper() + "/_SCRIPT_X.TXT (1 KB)<BR>"));
+    QCOMPARE(html.count(disc.toUpper() + "/README.TXT (1 KB)<BR>"), 2);
+    QCOMPARE(QDir(ExtractFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
 }
 
 QTEST_MAIN(TestReporting)

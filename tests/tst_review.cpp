@@ -17,6 +17,7 @@
 #include "shell/MainModScreens.h"
 
 #include "platform/Paths.h"
+#include "platform/VbError.h"
 #include "review/ExeEvaluation.h"
 #include "shell/MainMod.h"
 
@@ -147,6 +148,9 @@ void TestReview::decisionTable()
     m_catalogue.addApp("Paid Shared", {"SHARED.EXE"}, true);
     m_catalogue.addApp("Free Shared", {"SHARED.EXE"}, false);
     m_catalogue.addApp("No Components", {}, true);
+    // An application without a name judges only its own files.
+    const long nameless = m_catalogue.addApp("Nameless", {"NAMELESS.EXE"}, true);
+    m_catalogue.execute("UPDATE KEVRO_APPS SET APP_NAME = NULL WHERE APP_ID = " + QString::number(nameless));
     Q_UNUSED(free);
 
     Disc disc;
@@ -213,6 +217,11 @@ void TestReview::decisionTable()
     QCOMPARE(result.unlicensedCaption, QStringLiteral("Unlicensed Applications - 2"));
     QCOMPARE(result.unknownCaption, QStringLiteral("Unknown Programs - 4"));
     // Nothing of the evaluation stays in the catalogue.
+    QVERIFY(m_catalogue.column("Select APP_NAME From KEVRO_APP_RESULTS", "APP_NAME").isEmpty());
+
+    // A file of the nameless application is the one the Null stops, as a Null read into a name does.
+    disc.add("NAMELESS.EXE");
+    QVERIFY_THROWS_EXCEPTION(VbError, EvaluateExecutables(disc.files(), Client));
     QVERIFY(m_catalogue.column("Select APP_NAME From KEVRO_APP_RESULTS", "APP_NAME").isEmpty());
 }
 

@@ -3,9 +3,12 @@
 // folder and walked again, the faults a disc brings, cancel, and the set-up screen's messages.
 
 #include "ArchiveFixtures.h"
+#include "HostileDisc.h"
 #include "TestSupport.h"
 
 #include "catalogue/CatalogueSetup.h"
+#include "catalogue/Connection.h"
+#include "catalogue/Database.h"
 #include "controls/DriveList.h"
 #include "controls/Forms.h"
 #include "platform/MsgBox.h"
@@ -115,8 +118,11 @@ private Q_SLOTS:
     void walkOrderStoredPathsAndLists();
     void archivesInTheWalk();
     void walkFaults();
+    void whatADiscHolds();
+    void volumeHoldingTheApplicationFolder();
     void setUpScreen();
     void scanThroughTheScreens();
+    void failurePastTheStartFolder();
     void cancel();
     void progressBoxUnticked();
     void menuLeadsToTheScan();
@@ -299,15 +305,15 @@ void TestScan::archivesInTheWalk()
     for (const char *a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP",
                              "/B/SAME.ZIP", "/EMPTY.ZIP", "/BROKEN.ZIP", "/.ZIP", "/BOMB.ZIP"})
         QVERIFY2(media.contains(D + a), a);
-    QCOMPARE(filesBelow(m_extract + "/SETUP/DATA.ZIP").filter(QRegularExpression("^[^/]*/?[^/]*$")),
+    QCOMPARE(filesBelow(m_extract + "/Setup/Data.zip").filter(QRegularExpression("^[^/]*/?[^/]*$")),
              (QStringList{"Docs/ReadMe.txt", "Nested.zip", "Tool.exe", QString::fromUtf8("\u00fcber.txt")}));
-    QCOMPARE(ReadTestFile(m_extract + "/GAME.EXE/Game/Play.jpg"), QByteArray("picture"));
-    QCOMPARE(ReadTestFile(m_extract + "/A/SAME.ZIP/One.txt"), QByteArray("from A"));
-    QCOMPARE(ReadTestFile(m_extract + "/B/SAME.ZIP/One.txt"), QByteArray("from B"));
-    QCOMPARE(ReadTestFile(m_extract + "/ZIPNAMED.EXE/Hidden.txt"), QByteArray("zip under an exe name"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/PLAIN.EXE") && !QFileInfo::exists(m_extract + "/BROKEN.ZIP"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/SETUP/escape.txt") && !QFileInfo::exists(disc + "/escape.txt"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/BOMB.ZIP/Zeros.bin"));
+    QCOMPARE(ReadTestFile(m_extract + "/Game.exe/Game/Play.jpg"), QByteArray("picture"));
+    QCOMPARE(ReadTestFile(m_extract + "/A/Same.zip/One.txt"), QByteArray("from A"));
+    QCOMPARE(ReadTestFile(m_extract + "/B/Same.zip/One.txt"), QByteArray("from B"));
+    QCOMPARE(ReadTestFile(m_extract + "/ZipNamed.exe/Hidden.txt"), QByteArray("zip under an exe name"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/Plain.exe") && !QFileInfo::exists(m_extract + "/Broken.zip"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/Setup/escape.txt") && !QFileInfo::exists(disc + "/escape.txt"));
+    QVERIFY(!QFileInfo::exists(m_extract + "/Bomb.zip/Zeros.bin"));
 
     // The second pass: members are stored in upper case below the extract folder and open by that path.
     for (const char *m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
@@ -317,7 +323,7 @@ void TestScan::archivesInTheWalk()
     QCOMPARE(ReadTestFile(RealPath(X + "/SETUP/DATA.ZIP/DOCS/README.TXT")), QByteArray("read me"));
     QVERIFY(media.contains(X + QString::fromUtf8("/SETUP/DATA.ZIP/\u00dcBER.TXT")));
     // One level of nesting: the inner archive is expanded below its own stored path, its members not walked.
-    const QString innerTarget = m_extract + "/" + (X + "/SETUP/DATA.ZIP/NESTED.ZIP").mid(1);
+    const QString innerTarget = m_extract + "/" + (m_extract + "/Setup/Data.zip/Nested.zip").mid(1);
     QCOMPARE(ReadTestFile(innerTarget + "/Inner.txt"), QByteArray("inner member"));
     QVERIFY(media.filter("INNER.TXT").isEmpty());
     // Nothing escaped the extract folder.
@@ -354,6 +360,9 @@ void TestScan::walkFaults()
             setfsuid(0);
         QCOMPARE(boxes.prompts(), QStringList{"Error 70"});
         QCOMPARE(boxes.boxes().first().icon(), int(vbExclamation));
+        // A log line says which folder and why, and what else the walk left out with it.
+        QCOMPARE(boxes.boxes().first().detail, disc + "/" + locked + ": the folder cannot be read (Permission denied); "
+                                               "it was left out, and with it the 2 folders after it in " + disc);
         QStringList walked;
         for (const QString &p : entries(gMediaFiles))
             walked.append(p.section('/', -2, -2) == "SUB" ? p.section('/', -3, -3) + "/sub" : p.section('/', -2, -2));
@@ -377,6 +386,8 @@ void TestScan::walkFaults()
                     {}, {}, {}, {}, {}, {}, {}});
         QVERIFY(removed);
         QCOMPARE(boxes.prompts(), QStringList{"Error 76"});
+        QCOMPARE(boxes.boxes().first().detail, disc + "/" + last + ": the folder cannot be read (Path not found); "
+                                               "it was left out");
         QVERIFY(entries(gMediaFiles).filter("/" + folders[1].toUpper() + "/").size() == 2);
     }
 
@@ -384,6 +395,78 @@ void TestScan::walkFaults()
     MediaWalker gone;
     gone.SetDrive(disc + "/nothing here");
     QVERIFY_THROWS_EXCEPTION(VbError, gone.ScanFiles());
+}
+
+void TestScan::whatADiscHolds()
+{
+    HostileDisc disc;
+    const QString D = disc.root().toUpper();
+    const QString X = m_extract.toUpper();
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    walk(disc.root());
+    // The job ends normally; the link in the archive is the one thing said.
+    QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\nlink.txt: a link, not a file"});
+    QCOMPARE(boxes.boxes().first().detail, D + "/DATA.ZIP: link.txt: a link, not a file");
+
+    // Exactly the regular files are listed, each name in its stored form, those equal but for case twice.
+    QStringList expected;
+    for (const HostileDisc::File &f : disc.files())
+        expected.append((f.member ? X : D) + f.stored);
+    QStringList listed = entries(gMediaFiles) + entries(gExternalFiles);
+    QCOMPARE(gFilesScanned, int32_t(listed.size()));
+    expected.sort();
+    listed.sort();
+    QCOMPARE(listed, expected);
+    QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
+
+    // Every entry opens its own file: each regular file is reached exactly once.
+    QList<QByteArray> reached, held;
+    Occurrences occurrence;
+    for (const QString &path : entries(gMediaFiles) + entries(gExternalFiles))
+        reached.append(ReadTestFile(RealPath(path, occurrence(path))));
+    for (const HostileDisc::File &f : disc.files())
+        held.append(f.contents);
+    std::sort(reached.begin(), reached.end());
+    std::sort(held.begin(), held.end());
+    QCOMPARE(reached, held);
+
+    // Nothing was written outside the extract folder. No member landed in it as a link; the one link
+    // there is the way to the name no text can hold, and it leads to that file of the disc.
+    QCOMPARE(filesBelow(disc.outside()), (QStringList{"SECRET.TXT", "passwd"}));
+    QStringList links;
+    QDirIterator it(m_extract, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo f(it.next());
+        if (f.isSymLink())
+            links.append(QDir(m_extract).relativeFilePath(f.filePath()));
+    }
+    QCOMPARE(links, QStringList{".names/1/bad__name.txt"});
+    QCOMPARE(ReadTestFile(m_extract + "/" + links.first()), QByteArray("not UTF-8"));
+}
+
+void TestScan::volumeHoldingTheApplicationFolder()
+{
+    // KEVRO installed on the volume it scans: its own folders are no part of the disc, and the
+    // archive's members are walked once, in the extract folder's pass.
+    const QString disc = makeDisc("holds-app");
+    const QString app = disc + "/Programs/KEVRO";
+    WriteTestFile(disc + "/README.TXT", "disc");
+    WriteTestFile(disc + "/Programs/Other.txt", "another program's");
+    WriteTestFile(app + "/kevro.ini", "[Devices]");
+    WriteTestFile(app + "/reports/OLD.txt", "an old report");
+    WriteArchive(disc + "/Setup.zip", {{"Member.txt", "member"}});
+    QDir().mkpath(app + "/extract");
+    const QByteArray home = qgetenv("KEVRO_HOME");
+    qputenv("KEVRO_HOME", QFile::encodeName(app));
+    MsgBoxResponder boxes;
+    walk(disc);
+    qputenv("KEVRO_HOME", home);
+    const QString D = disc.toUpper();
+    QCOMPARE(entries(gMediaFiles), (QStringList{D + "/README.TXT", D + "/SETUP.ZIP", D + "/PROGRAMS/OTHER.TXT",
+                                                D + "/PROGRAMS/KEVRO/EXTRACT/SETUP.ZIP/MEMBER.TXT"}));
+    QCOMPARE(entries(gExternalFiles), QStringList());
 }
 
 void TestScan::setUpScreen()
@@ -421,10 +504,15 @@ void TestScan::setUpScreen()
                                          std::pair{disc + "/gone", "Default device " + disc + "/gone is not ready or available."}}) {
         WriteIniKey("Devices", "DefaultDevice", value);
         MsgBoxResponder boxes;
-        boxes.queue(vbOK);
-        scanDisc();
+        boxes.queue(vbOK, 2);
+        auto *s = scanDisc();
         QCOMPARE(boxes.prompts(), QStringList{message});
         QCOMPARE(boxes.boxes().first().icon(), int(vbCritical));
+        // No drive stands chosen by itself (never the system's root): Next has nothing to scan.
+        QCOMPARE(s->Drive1->Drive(), QString());
+        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+        QCOMPARE(boxes.prompts().last(), QString("Device is not available or media is not loaded."));
+        QVERIFY(!Forms::isLoaded<frmScanProgress>());
         Forms::unload<frmScanDisc>();
     }
 
@@ -499,6 +587,35 @@ void TestScan::scanThroughTheScreens()
     QVERIFY(Forms::isLoaded<frmMainMenu>() && Forms::get<frmMainMenu>()->isVisible());
 }
 
+void TestScan::failurePastTheStartFolder()
+{
+    // A failure of the judgement as the first review screen loads is no missing disc: nothing expects it,
+    // so it ends the program with the platform's message (here, a component whose application has no
+    // name, read for the file that matches it).
+    const QString disc = makeDisc("nameless");
+    WriteTestFile(disc + "/NAMELESS.EXE", "MZ");
+    WriteIniKey("Devices", "DefaultDevice", disc);
+    const auto sql = [](const QString &statement) {
+        OpenDatabase();
+        gConnection->Execute(statement);
+        CloseDatabase();
+    };
+    sql("INSERT INTO KEVRO_APPS (APP_NAME, APP_OWNER, APP_REQUIRES_LICENSE, APP_LICENSE_PER_MEDIA) "
+        "VALUES ('Nameless', 1, False, False)");
+    sql("INSERT INTO KEVRO_APP_COMPONENTS (EXE_APP, EXE_NAME, EXE_DESCRIPTION) "
+        "SELECT APP_ID, 'NAMELESS.EXE', 'x' FROM KEVRO_APPS WHERE APP_NAME = 'Nameless'");
+    sql("UPDATE KEVRO_APPS SET APP_NAME = NULL WHERE APP_NAME = 'Nameless'");
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK);
+    QTest::mouseClick(scanDisc()->cmdNext, Qt::LeftButton);
+    sql("DELETE FROM KEVRO_APP_COMPONENTS WHERE EXE_NAME = 'NAMELESS.EXE'");
+    sql("DELETE FROM KEVRO_APPS WHERE APP_NAME IS NULL");
+    QCOMPARE(boxes.prompts(), QStringList{"Run-time error '94':\n\nInvalid use of Null"});
+    QCOMPARE(ended, QList<int>{1});
+}
+
 void TestScan::cancel()
 {
     const QString disc = makeDisc("cancel");
@@ -557,7 +674,7 @@ void TestScan::cancel()
             return;
         auto *p = Forms::get<frmScanProgress>();
         if (p->lblCompressedFileProgress->text().startsWith("Decompressing") &&
-            QFileInfo::exists(m_extract + "/BIG.ZIP/First.txt")) {
+            QFileInfo::exists(m_extract + "/Big.zip/First.txt")) {
             clicked = true;
             shownWhileExpanding = p->lblCurrentAction->text() + " | " + p->lblFilesScannedNumber->text();
             boxes.queue(vbYes);
@@ -570,11 +687,11 @@ void TestScan::cancel()
     // While an archive expands its path is on the screen; the count is shown once the folder's files
     // are classified, so the root folder's archive still sees the count of the start.
     QCOMPARE(shownWhileExpanding, ShortenPath(zipDisc.toUpper() + "/BIG.ZIP", 40) + " | 0");
-    const QStringList landed = filesBelow(m_extract + "/BIG.ZIP");
+    const QStringList landed = filesBelow(m_extract + "/Big.zip");
     QVERIFY(landed.contains("First.txt"));
     QVERIFY2(landed.size() < 201, qPrintable(QString::number(landed.size())));
     for (const QString &f : landed)
-        QVERIFY(f == "First.txt" || QFileInfo(m_extract + "/BIG.ZIP/" + f).size() == 4096);
+        QVERIFY(f == "First.txt" || QFileInfo(m_extract + "/Big.zip/" + f).size() == 4096);
     QCOMPARE(entries(gMediaFiles), QStringList{zipDisc.toUpper() + "/BIG.ZIP"});
 }
 

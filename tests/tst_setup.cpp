@@ -405,10 +405,10 @@ void TestSetup::scanFindsEveryKindAndExpandsTheArchives()
     // The unknown kinds and the hidden file are external files.
     QCOMPARE(names(gExternalFiles, D),
              (QStringList{".DISCINFO", "AUTORUN.INF", "DATA.XYZ", "DOCS/INDEX.HTM", "DOCS/MANUAL.PDF"}));
-    // Only the two archives were expanded: the programs are no archives.
-    QCOMPARE(QDir(ExtractFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"SETUP"});
-    QCOMPARE(QDir(ExtractFolder() + "/SETUP").entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             (QStringList{"DATA.ZIP", "DXSETUP.EXE"}));
+    // Only the two archives were expanded (below their paths on the disc): the programs are no archives.
+    QCOMPARE(QDir(ExtractFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"Setup"});
+    QCOMPARE(QDir(ExtractFolder() + "/Setup").entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             (QStringList{"Data.zip", "DXSETUP.EXE"}));
 }
 
 void TestSetup::existingSettingsCatalogueAndNeighboursAreLeftAlone()

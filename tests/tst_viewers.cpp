@@ -35,30 +35,11 @@
 
 namespace {
 
-QPoint cellCentre(FlexGrid *grid, int row, int col)
-{
-    // Row 0 is the heading when the grid has one: the view's rows start below it.
-    return grid->visualRect(grid->model()->index(row - grid->FixedRows(), col)).center();
-}
-
-void clickRow(FlexGrid *grid, int row)
-{
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, row, 2));
-}
-
 // A double click as the mouse makes it: the first press selects the row.
 void doubleClickRow(FlexGrid *grid, int row)
 {
-    clickRow(grid, row);
-    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, cellCentre(grid, row, 2));
-}
-
-int rowOf(FlexGrid *grid, const QString &fileName)
-{
-    for (int r = 1; r < grid->Rows(); ++r)
-        if (grid->TextMatrix(r, 2) == fileName)
-            return r;
-    return -1;
+    ClickRow(grid, row);
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(grid, row, 2));
 }
 
 QStringList column(FlexGrid *grid, int col)
@@ -164,14 +145,14 @@ void TestViewers::textScreenFillsMarksAndTicks()
     QCOMPARE(grid->ColWidth(2), 2420L);
     QCOMPARE(grid->ColWidth(3), 800L);
     // The marks are pictures, their texts gone; a plain file has neither.
-    const int hidden = rowOf(grid, ".DRAFT.TXT"), zipped = rowOf(grid, "GUIDE.TXT"), plain = rowOf(grid, "NOTES.TXT");
+    const int hidden = RowOf(grid, ".DRAFT.TXT"), zipped = RowOf(grid, "GUIDE.TXT"), plain = RowOf(grid, "NOTES.TXT");
     QVERIFY(grid->HasCellPicture(hidden, 0) && grid->HasCellPicture(zipped, 0) && !grid->HasCellPicture(plain, 0));
     QCOMPARE(grid->TextMatrix(zipped, 0), QString());
     QCOMPARE(grid->TextMatrix(zipped, 1), member);
     QCOMPARE(grid->TextMatrix(zipped, 3), QStringLiteral("2 KB"));
 
     // Opening a file shows it and ticks it once, however often it is visited.
-    clickRow(grid, plain);
+    ClickRow(grid, plain);
     QCOMPARE(Control<QPlainTextEdit>(s, "txtSelectedText")->toPlainText(), QStringLiteral("release notes\n"));
     QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), notes);
     QCOMPARE(grid->ToolTipText(), notes);
@@ -179,16 +160,16 @@ void TestViewers::textScreenFillsMarksAndTicks()
     QCOMPARE(gCheckedItems.size(), 1);
     QCOMPARE(gCheckedItems[0].text, notes + QStringLiteral(" (1 KB)"));
     QCOMPARE(gCheckedItems[0].kind, QStringLiteral("Text"));
-    clickRow(grid, zipped);
+    ClickRow(grid, zipped);
     QCOMPARE(grid->ToolTipText(), QStringLiteral("Archive file: /SETUP/DATA.ZIP/GUIDE.TXT"));
-    clickRow(grid, plain);
+    ClickRow(grid, plain);
     QCOMPARE(gCheckedItems.size(), 2);
     QCOMPARE(s->CheckedCount(), int16_t(2));
 
     // A right click opens the menu over the current row: the row under the mouse is neither selected
     // nor opened nor ticked.
-    const int credits = rowOf(grid, "CREDITS.NFO");
-    QTest::mouseClick(grid->viewport(), Qt::RightButton, Qt::NoModifier, cellCentre(grid, credits, 2));
+    const int credits = RowOf(grid, "CREDITS.NFO");
+    QTest::mouseClick(grid->viewport(), Qt::RightButton, Qt::NoModifier, CellCentre(grid, credits, 2));
     QVERIFY(s->mnuContext->isVisible());
     s->mnuContext->hide();
     QCOMPARE(grid->Row(), plain);
@@ -198,19 +179,19 @@ void TestViewers::textScreenFillsMarksAndTicks()
     // A double click opens the file with the desktop's viewer and adds no tick of its own (its first
     // press selected the row, which showed and ticked it); handing files to the default viewer opens
     // the current one without a tick, and each file selected then is opened and ticked.
-    const int readMe = rowOf(grid, "READ.ME");
+    const int readMe = RowOf(grid, "READ.ME");
     doubleClickRow(grid, readMe);
     QCOMPARE(m_opened.size(), 1);
     QVERIFY(m_opened[0].endsWith(QStringLiteral("READ.ME"), Qt::CaseInsensitive));
     QCOMPARE(gCheckedItems.size(), 3);
     m_opened.clear();
-    clickRow(grid, plain);
+    ClickRow(grid, plain);
     Click(Control<QCheckBox>(s, "chkSendToIE"));
     QCOMPARE(m_opened.size(), 1);
     QVERIFY(m_opened[0].endsWith(QStringLiteral("NOTES.TXT"), Qt::CaseInsensitive));
     QVERIFY(!Control<QPlainTextEdit>(s, "txtSelectedText")->isEnabled());
-    const int ini = rowOf(grid, "SETUP.INI");
-    clickRow(grid, ini);
+    const int ini = RowOf(grid, "SETUP.INI");
+    ClickRow(grid, ini);
     QCOMPARE(m_opened.size(), 2);
     QVERIFY(grid->HasCellPicture(ini, 4));
     QCOMPARE(gCheckedItems.size(), 4);
@@ -245,17 +226,17 @@ void TestViewers::badTextFiles()
     MsgBoxResponder boxes;
     const QString cannot = QStringLiteral("Can not display file as text.");
     boxes.queue(vbOK, 2);
-    clickRow(grid, rowOf(grid, "EOF.TXT"));
-    clickRow(grid, rowOf(grid, "GONE.TXT"));
+    ClickRow(grid, RowOf(grid, "EOF.TXT"));
+    ClickRow(grid, RowOf(grid, "GONE.TXT"));
     QCOMPARE(boxes.prompts(), (QStringList{cannot, cannot}));
     QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
-    QVERIFY(!grid->HasCellPicture(rowOf(grid, "EOF.TXT"), 4) && !grid->HasCellPicture(rowOf(grid, "GONE.TXT"), 4));
+    QVERIFY(!grid->HasCellPicture(RowOf(grid, "EOF.TXT"), 4) && !grid->HasCellPicture(RowOf(grid, "GONE.TXT"), 4));
 
     const QStringList shown{QStringLiteral("Ça va, l'été"), QStringLiteral("“Café” €5"), QStringLiteral("Noël")};
     const QStringList names{QStringLiteral("O'BRIEN'S ÉTÉ.TXT"), QStringLiteral("ANSI.TXT"), QStringLiteral("WIDE.TXT")};
     for (int i = 0; i < names.size(); ++i) {
-        const int row = rowOf(grid, names[i]);
-        clickRow(grid, row);
+        const int row = RowOf(grid, names[i]);
+        ClickRow(grid, row);
         QCOMPARE(text->toPlainText(), shown[i]);
         QVERIFY(grid->HasCellPicture(row, 4));
     }
@@ -263,9 +244,9 @@ void TestViewers::badTextFiles()
     ResetList(gCheckedItems);
 
     // A NUL ends what the text box shows.
-    clickRow(grid, rowOf(grid, "NUL.TXT"));
+    ClickRow(grid, RowOf(grid, "NUL.TXT"));
     QCOMPARE(text->toPlainText(), QStringLiteral("shown"));
-    QVERIFY(grid->HasCellPicture(rowOf(grid, "NUL.TXT"), 4));
+    QVERIFY(grid->HasCellPicture(RowOf(grid, "NUL.TXT"), 4));
 
     // Too large for the box: the question; Yes opens it elsewhere, and neither answer ticks.
     const QString tooLarge =
@@ -273,10 +254,10 @@ void TestViewers::badTextFiles()
     boxes.clear();
     boxes.queue(vbNo);
     boxes.queue(vbYes);
-    const int bigRow = rowOf(grid, "BIG.TXT");
-    clickRow(grid, bigRow);
-    clickRow(grid, rowOf(grid, "NUL.TXT"));
-    clickRow(grid, bigRow);
+    const int bigRow = RowOf(grid, "BIG.TXT");
+    ClickRow(grid, bigRow);
+    ClickRow(grid, RowOf(grid, "NUL.TXT"));
+    ClickRow(grid, bigRow);
     QCOMPARE(boxes.prompts(), (QStringList{tooLarge, tooLarge}));
     QCOMPARE(boxes.boxes()[0].style, vbYesNo | vbExclamation);
     QCOMPARE(m_opened.size(), 1);
@@ -351,7 +332,7 @@ void TestViewers::sortingAndTheChain()
     QCOMPARE(column(grid, 3), (QStringList{"1 KB", "2 KB", "9 KB"}));
     clickHeading(3);
     QCOMPARE(column(grid, 3), (QStringList{"9 KB", "2 KB", "1 KB"}));
-    clickRow(grid, 1);
+    ClickRow(grid, 1);
     QCOMPARE(s->CheckedCount(), int16_t(1));
 
     // Next with no external files to review: the summary, which gets the checked number only now.
@@ -431,7 +412,7 @@ void TestViewers::externalScreen()
                                   .arg(all, 0, 'f', 2));
 
     // Selecting only shows the path; a double click opens and ticks, once.
-    clickRow(grid, 1);
+    ClickRow(grid, 1);
     QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), autorun);
     QVERIFY(m_opened.isEmpty() && !grid->HasCellPicture(1, 5));
     const int pdf = 3;
@@ -524,8 +505,8 @@ void TestViewers::imageScreen()
     // Each good picture shows and is ticked; the bad ones give the message, clear the view, no tick.
     MsgBoxResponder boxes;
     for (const char *name : {"COVER.JPG", "DOT.GIF", "PLAN.BMP", "L'ÉTÉ D'OR.JPG", "BANNER.JPEG"}) {
-        clickRow(grid, rowOf(grid, name));
-        QVERIFY2(view->HasPicture() && grid->HasCellPicture(rowOf(grid, name), 4), name);
+        ClickRow(grid, RowOf(grid, name));
+        QVERIFY2(view->HasPicture() && grid->HasCellPicture(RowOf(grid, name), 4), name);
     }
     QCOMPARE(view->Picture().size(), QSize(20, 10));
     QCOMPARE(gCheckedItems.size(), 5);
@@ -533,8 +514,8 @@ void TestViewers::imageScreen()
     const QString corrupt = QStringLiteral("Can not display image - it may be corrupt.");
     boxes.queue(vbOK, 3);
     for (const char *name : {"BROKEN.JPG", "NOTE.GIF", "EMPTY.BMP"}) {
-        clickRow(grid, rowOf(grid, name));
-        QVERIFY2(!view->HasPicture() && !grid->HasCellPicture(rowOf(grid, name), 4) && grid->isEnabled(), name);
+        ClickRow(grid, RowOf(grid, name));
+        QVERIFY2(!view->HasPicture() && !grid->HasCellPicture(RowOf(grid, name), 4) && grid->isEnabled(), name);
     }
     QCOMPARE(boxes.prompts(), (QStringList{corrupt, corrupt, corrupt}));
     QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
@@ -556,7 +537,7 @@ void TestViewers::imageScreen()
     // Zoom by the grid's keys and the buttons, only with a picture shown.
     QTest::keyClick(grid, Qt::Key_Equal);
     QCOMPARE(s->ZoomLevel, int16_t(100));
-    clickRow(grid, rowOf(grid, "COVER.JPG"));
+    ClickRow(grid, RowOf(grid, "COVER.JPG"));
     QTest::keyClick(grid, Qt::Key_Equal);
     QCOMPARE(s->ZoomLevel, int16_t(150));
     Click(Control<QPushButton>(s, "cmdMagnifyMinus"));
@@ -565,7 +546,7 @@ void TestViewers::imageScreen()
     QVERIFY(grid->hasFocus() || !QApplication::focusWidget());
 
     // Full screen: the picture placed by its own units, Close ends it; a bad picture shows nothing.
-    doubleClickRow(grid, rowOf(grid, "PLAN.BMP"));
+    doubleClickRow(grid, RowOf(grid, "PLAN.BMP"));
     auto *full = Forms::get<frmFullScreenViewer>();
     QVERIFY(full->isVisible());
     const long picW = full->picImage->PictureWidth(), picH = full->picImage->PictureHeight();
@@ -577,7 +558,7 @@ void TestViewers::imageScreen()
     QVERIFY(!Forms::isLoaded<frmFullScreenViewer>());
     boxes.clear();
     boxes.queue(vbOK);
-    clickRow(grid, rowOf(grid, "NOTE.GIF"));
+    ClickRow(grid, RowOf(grid, "NOTE.GIF"));
     boxes.queue(vbOK);
     Click(Control<QPushButton>(s, "cmdFullScreen"));
     QCOMPARE(boxes.prompts().last(), QStringLiteral("Can not display image, it may be corrupt."));

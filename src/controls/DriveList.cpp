@@ -26,9 +26,16 @@ void DriveList::Refresh()
         if (findData(folder) < 0)
             addItem(folder, folder);
     }
-    const int i = findData(current);
-    setCurrentIndex(i >= 0 ? i : 0);
+    // Nothing is chosen by itself: no drive stands chosen until the operator or the settings choose one.
+    setCurrentIndex(findData(current));
     blockSignals(false);
+}
+
+void DriveList::showPopup()
+{
+    // A disc put in (or a drive plugged in) since the list was last read is offered.
+    Refresh();
+    QComboBox::showPopup();
 }
 
 QString DriveList::Drive() const

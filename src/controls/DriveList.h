@@ -2,9 +2,10 @@
 
 #include <QComboBox>
 
-// The list of drives: here the mounted volumes, optical discs first, then the folders chosen as volumes.
-// Drive is the selected volume's root path. Setting it to an existing folder adds that folder to the
-// list; anything else that names no volume raises 68 (device unavailable).
+// The list of drives: here the volumes, optical drives first (an empty one too), then the folders chosen
+// as volumes, read afresh each time the list opens. Drive is the selected volume's root path, "" while
+// none is chosen. Setting it to an existing folder adds that folder to the list; anything else that
+// names no volume raises 68 (device unavailable).
 class DriveList final : public QComboBox
 {
     Q_OBJECT
@@ -17,6 +18,9 @@ public:
     void setListIndex(int index);
     int ListCount() const { return count(); }
     void Refresh();
+
+protected:
+    void showPopup() override;
 
 private:
     QStringList m_folders;

@@ -113,16 +113,15 @@ void MediaPlayer::setFileName(const QString &path)
     }
     if (m_failed)
         replacePlayer();
-    const QString real = RealPath(path);
     // A file that is not there is refused at once; one that cannot be decoded is told by ErrorCode.
-    if (!QFileInfo(real).isFile()) {
+    if (!QFileInfo(path).isFile()) {
         m_player->stop();
         m_player->setSource(QUrl());
         m_fileName.clear();
         showStatus();
         RaiseVbError(VbErr::FileNotFound);
     }
-    m_player->setSource(QUrl::fromLocalFile(real));
+    m_player->setSource(QUrl::fromLocalFile(path));
     m_player->play();
     QElapsedTimer waited;
     waited.start();

@@ -88,12 +88,11 @@ void QuickTimeViewer::setMovieFile(const QString &path)
         m_player->setSource(QUrl());
         return;
     }
-    const QString real = RealPath(path);
-    if (!QFileInfo(real).isFile()) {
+    if (!QFileInfo(path).isFile()) {
         m_player->setSource(QUrl());
         RaiseVbError(VbErr::FileNotFound);
     }
-    m_player->setSource(QUrl::fromLocalFile(real));
+    m_player->setSource(QUrl::fromLocalFile(path));
     m_player->setLoops(m_loop ? int(QMediaPlayer::Infinite) : 1);
     // Paused, the first picture is decoded and gives the natural size.
     m_player->pause();

@@ -5,7 +5,7 @@
 namespace {
 int presentOnConsole(const MsgBoxRequest &box)
 {
-    std::fprintf(stderr, "%s: %s\n", qPrintable(box.title), qPrintable(box.prompt));
+    std::fprintf(stderr, "%s: %s\n", qPrintable(box.title), qPrintable(box.detail.isEmpty() ? box.prompt : box.detail));
     return FirstButtonOf(box.style);
 }
 
@@ -38,7 +38,12 @@ int FirstButtonOf(int style)
 
 int MsgBox(const QString &prompt, int style, const QString &title)
 {
-    MsgBoxRequest box{prompt, style, title.isEmpty() ? AppTitle() : title};
+    return MsgBox(prompt, style, title, QString());
+}
+
+int MsgBox(const QString &prompt, int style, const QString &title, const QString &detail)
+{
+    MsgBoxRequest box{prompt, style, title.isEmpty() ? AppTitle() : title, detail};
     return presenter()(box);
 }
 

@@ -24,6 +24,9 @@ enum MsgBoxResult : int { vbOK = 1, vbCancel = 2, vbAbort = 3, vbRetry = 4, vbIg
 QString AppTitle();
 
 int MsgBox(const QString &prompt, int style = vbOKOnly, const QString &title = QString());
+// A box about something a log line would have to name: the screens show the prompt as it stands, a tool
+// without screens writes the detail instead, one line of it a line (the subject, then the reason).
+int MsgBox(const QString &prompt, int style, const QString &title, const QString &detail);
 
 // Who shows the boxes. The screens install a dialog presenter; without one (a tool with no screen) the
 // box is written to standard error and answered with its first button.
@@ -31,6 +34,7 @@ struct MsgBoxRequest {
     QString prompt;
     int style = 0;
     QString title;
+    QString detail; // what a log line says of it; empty when the prompt says it all
     int buttons() const { return style & 0x0F; }
     int icon() const { return style & 0x70; }
 };

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QStorageInfo>
@@ -52,10 +53,16 @@ QList<Volume> Volumes()
             continue;
         if (std::any_of(out.begin(), out.end(), [&](const Volume &v) { return v.root == s.rootPath(); }))
             continue;
-        out.append({s.rootPath(), s.name(), isOptical(s)});
+        out.append({s.rootPath(), s.name(), isOptical(s), QString::fromLocal8Bit(s.device()), true});
     }
+    QStringList drives;
+    for (const QString &d : QDir(QStringLiteral("/sys/block")).entryList({QStringLiteral("sr*")}, QDir::AllEntries))
+        drives.append(QStringLiteral("/dev/") + d);
+    QFile fstab(QStringLiteral("/etc/fstab"));
+    const QString table = fstab.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(fstab.readAll()) : QString();
+    out += EmptyOpticalDrives(drives, table, out);
     if (std::none_of(out.begin(), out.end(), [](const Volume &v) { return v.root == QLatin1String("/"); }))
-        out.append({QStringLiteral("/"), QString(), false});
+        out.append({QStringLiteral("/"), QString(), false, QString(), true});
     std::stable_sort(out.begin(), out.end(), [](const Volume &a, const Volume &b) {
         auto rank = [](const Volume &v) { return v.optical ? 0 : v.root == QLatin1String("/") ? 1 : 2; };
         if (rank(a) != rank(b))
@@ -66,41 +73,60 @@ QList<Volume> Volumes()
 }
 
 namespace {
+// A field of the file-system table, its blanks and tabs written as octal escapes.
+QString fstabField(const QString &field)
+{
+    QString out;
+    for (qsizetype i = 0; i < field.size(); ++i) {
+        if (field[i] == QLatin1Char('\\') && i + 3 < field.size() && field.mid(i + 1, 3).toInt(nullptr, 8) > 0) {
+            out.append(QChar(field.mid(i + 1, 3).toInt(nullptr, 8)));
+            i += 3;
+        } else {
+            out.append(field[i]);
+        }
+    }
+    return out;
+}
+} // namespace
+
+QList<Volume> EmptyOpticalDrives(const QStringList &drives, const QString &fstab, const QList<Volume> &mounted)
+{
+    QList<Volume> out;
+    for (const QString &drive : drives) {
+        if (std::any_of(mounted.begin(), mounted.end(), [&](const Volume &v) { return v.device == drive; }))
+            continue;
+        QString root = drive;
+        for (const QString &line : fstab.split(QLatin1Char('\n'))) {
+            const QStringList f = line.simplified().split(QLatin1Char(' '));
+            if (f.size() < 2 || f[0].startsWith(QLatin1Char('#')))
+                continue;
+            const QString source = fstabField(f[0]);
+            const QString canonical = QFileInfo(source).canonicalFilePath();
+            if (source == drive || (!canonical.isEmpty() && canonical == drive)) {
+                root = fstabField(f[1]);
+                break;
+            }
+        }
+        if (std::none_of(mounted.begin(), mounted.end(), [&](const Volume &v) { return v.root == root; }))
+            out.append({root, QStringLiteral("no disc"), true, drive, false});
+    }
+    return out;
+}
+
+bool IsEmptyDrive(const QString &root)
+{
+    QString r = root;
+    if (r.size() > 1 && r.endsWith(QLatin1Char('/')))
+        r.chop(1);
+    const QList<Volume> all = Volumes();
+    return std::any_of(all.begin(), all.end(), [&](const Volume &v) { return !v.mounted && v.root == r; });
+}
+
+namespace {
 QString &scannedVolume()
 {
     static QString root;
     return root;
-}
-QHash<QString, QString> &realPaths()
-{
-    static QHash<QString, QString> map;
-    return map;
-}
-// Stored folder (separator included) to real folder, as the walk listed them.
-QHash<QString, QString> &realFolders()
-{
-    static QHash<QString, QString> map;
-    return map;
-}
-// A registered folder's entries by their upper-case names, read when first asked for.
-QHash<QString, QHash<QString, QString>> &folderEntries()
-{
-    static QHash<QString, QHash<QString, QString>> map;
-    return map;
-}
-
-const QHash<QString, QString> &entriesOf(const QString &realFolder)
-{
-    auto it = folderEntries().find(realFolder);
-    if (it == folderEntries().end()) {
-        QHash<QString, QString> byUpper;
-        QDir dir(realFolder.isEmpty() ? QDir::currentPath() : realFolder);
-        for (const QString &name : dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
-                                                 QDir::NoDotAndDotDot, QDir::Unsorted))
-            byUpper.insert(name.toUpper(), name);
-        it = folderEntries().insert(realFolder, byUpper);
-    }
-    return *it;
 }
 } // namespace
 
@@ -124,56 +150,4 @@ QString VolumeRootOf(const QString &path)
             return root;
     }
     return QStringLiteral("/");
-}
-
-void RegisterRealPath(const QString &stored, const QString &real)
-{
-    realPaths().insert(stored, real);
-}
-
-void RegisterRealFolder(const QString &storedFolder, const QString &realFolder)
-{
-    realFolders().insert(storedFolder, realFolder);
-}
-
-void ClearRealPaths()
-{
-    realPaths().clear();
-    realFolders().clear();
-    folderEntries().clear();
-}
-
-QString RealPath(const QString &stored)
-{
-    const auto it = realPaths().constFind(stored);
-    if (it != realPaths().constEnd())
-        return *it;
-    const qsizetype slash = stored.lastIndexOf(QLatin1Char('/'));
-    const auto folder = realFolders().constFind(stored.left(slash + 1));
-    if (folder != realFolders().constEnd()) {
-        const QHash<QString, QString> &entries = entriesOf(*folder);
-        const auto entry = entries.constFind(stored.mid(slash + 1));
-        if (entry != entries.constEnd())
-            return (folder->isEmpty() ? QDir::currentPath() + QLatin1Char('/') : *folder) + *entry;
-    }
-    if (stored.isEmpty() || QFileInfo::exists(stored) || !stored.startsWith(QLatin1Char('/')))
-        return stored;
-    // Resolve one name at a time, taking the first entry whose name matches without regard to case.
-    QString current = QStringLiteral("/");
-    const QStringList parts = stored.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    for (const QString &part : parts) {
-        const QString exact = QDir(current).filePath(part);
-        if (QFileInfo::exists(exact)) {
-            current = exact;
-            continue;
-        }
-        const QStringList entries =
-            QDir(current).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        auto match = std::find_if(entries.begin(), entries.end(),
-                                  [&](const QString &e) { return e.compare(part, Qt::CaseInsensitive) == 0; });
-        if (match == entries.end())
-            return stored;
-        current = QDir(current).filePath(*match);
-    }
-    return current;
 }

@@ -72,7 +72,7 @@ long launchOnDesktop(const ShellExecuteRequest &r)
     if (isAddress(r.file))
         return desktopOpener()(r.file) ? SE_OK : SE_ERR_NOASSOC;
     const QString folder = r.workingFolder.isEmpty() ? QDir::currentPath() : r.workingFolder;
-    const QFileInfo info(QDir(folder).absoluteFilePath(RealPath(r.file)));
+    const QFileInfo info(QDir(folder).absoluteFilePath(r.file));
     if (!info.exists())
         return SE_ERR_FNF;
     // Every file goes to the desktop's opener by its type; none is executed from here.

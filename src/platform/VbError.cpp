@@ -110,13 +110,18 @@ void RunHandler(const std::function<void()> &handler)
     }
 }
 
+void EndWithPlatformMessage(const VbError &e)
+{
+    MsgBox(QStringLiteral("Run-time error '%1':\n\n%2").arg(e.number).arg(e.description), vbCritical);
+    EndProcess(1);
+}
+
 void RunHandlerOrEnd(const std::function<void()> &handler)
 {
     try {
         handler();
     } catch (const VbError &e) {
-        MsgBox(QStringLiteral("Run-time error '%1':\n\n%2").arg(e.number).arg(e.description), vbCritical);
-        EndProcess(1);
+        EndWithPlatformMessage(e);
     } catch (const std::bad_alloc &) {
         MsgBox(QStringLiteral("Run-time error '%1':\n\nOut of memory").arg(VbErr::OutOfMemory), vbCritical);
         EndProcess(1);

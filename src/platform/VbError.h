@@ -78,6 +78,10 @@ struct ProcessEnded {
 using EndProcessHook = std::function<void(int)>;
 void SetEndProcessHook(EndProcessHook hook);
 
+// The platform's message for a failure no handler takes, "Run-time error 'N':" and the description, and
+// the end of the process.
+[[noreturn]] void EndWithPlatformMessage(const VbError &e);
+
 // Runs an event handler. An unhandled failure becomes the platform's message, "Run-time error 'N':"
 // and the description, and the process ends, as in the original runtime.
 void RunHandler(const std::function<void()> &handler);

@@ -260,10 +260,13 @@ private:
         const QStringList &list = b.external ? gExternalFiles : gMediaFiles;
         if (!ListIsEmpty(list) && m_contentAll) {
             subHeading(b.allHtml, b.allPlain);
+            Occurrences occurrence;
             for (const QString &path : list) {
                 const bool listed = b.external ? !path.isEmpty() : b.listed(path);
+                // Each entry's own file, also where two entries share a path.
+                const int n = occurrence(path);
                 if (listed)
-                    m_out.WriteLine(path + QStringLiteral(" (") + FileSizeText(path) +
+                    m_out.WriteLine(path + QStringLiteral(" (") + FileSizeText(path, n) +
                                     (m_html ? QStringLiteral(")<BR>") : QStringLiteral(")")));
             }
         }

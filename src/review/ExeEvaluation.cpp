@@ -64,10 +64,11 @@ QString ToText(const QVariant &value)
     return value.toString();
 }
 
-// One component row of the catalogue, in the recordset's own order.
+// One component row of the catalogue, in the recordset's own order. Its application's number and name
+// are read only when a file matches it, so one row with a Null name judges no other file.
 struct Component {
-    int32_t appId;
-    QString appName;
+    QVariant appId;
+    QVariant appName;
     bool requiresLicence;
 };
 
@@ -83,8 +84,7 @@ public:
             if (name.isNull())
                 continue; // a null name compares equal to nothing
             const QVariant needs = components.Fields(QStringLiteral("APP_REQUIRES_LICENSE"));
-            m_rows.append({ToLong(components.Fields(QStringLiteral("APP_ID"))),
-                           ToText(components.Fields(QStringLiteral("APP_NAME"))),
+            m_rows.append({components.Fields(QStringLiteral("APP_ID")), components.Fields(QStringLiteral("APP_NAME")),
                            !needs.isNull() && needs.toBool()});
             m_byName[name.toString().toUpper()].append(m_rows.size() - 1);
         }
@@ -107,8 +107,8 @@ public:
         licensed = false;
         for (const int row : *it) {
             const Component &c = m_rows[row];
-            appName = c.appName;
-            if (!c.requiresLicence || m_licensedApps.contains(c.appId))
+            appName = ToText(c.appName);
+            if (!c.requiresLicence || m_licensedApps.contains(ToLong(c.appId)))
                 licensed = true;
         }
         return true;
@@ -119,16 +119,6 @@ private:
     QHash<QString, QList<int>> m_byName;
     QSet<int32_t> m_licensedApps;
 };
-
-bool IsHiddenOnDisc(const QString &path)
-{
-    // A file that went away since the scan is simply not marked.
-    try {
-        return IsHiddenFile(RealPath(path));
-    } catch (const VbError &) {
-        return false;
-    }
-}
 
 // The trees from the results table: one root per application name in each tree, each file under the
 // root of its own application. Keys carry a separator, so no two can be the same.
@@ -144,6 +134,7 @@ void FillApplicationTrees(ExeEvaluation &result)
     Tree licensed{&result.licensed, QStringLiteral("C"), QStringLiteral("D"), {}};
     Tree unlicensed{&result.unlicensed, QStringLiteral("A"), QStringLiteral("B"), {}};
     if (rs.RecordCount() > 0) {
+        Occurrences occurrence;
         for (rs.MoveFirst(); !rs.Eof(); rs.MoveNext()) {
             const QVariant flag = rs.Fields(QStringLiteral("APP_LICENSED"));
             Tree &tree = (!flag.isNull() && !flag.toBool()) ? unlicensed : licensed;
@@ -156,20 +147,23 @@ void FillApplicationTrees(ExeEvaluation &result)
             }
             ApplicationRoot &root = (*tree.roots)[*found];
             const QString path = ToText(rs.Fields(QStringLiteral("EXE_PATH")));
+            const int n = occurrence(path);
             const QString text = ToText(rs.Fields(QStringLiteral("EXE_NAME"))) + QStringLiteral(" (") +
-                                 FileSizeText(path) + QStringLiteral(")");
+                                 FileSizeText(path, n) + QStringLiteral(")");
             root.files.append({tree.childLetter + QString::number(*found + 1) + QLatin1Char('-') +
                                    QString::number(root.files.size()),
-                               text, path});
+                               text, path, n});
         }
     }
     result.unlicensedCaption = QStringLiteral("Unlicensed Applications - ") + QString::number(result.unlicensed.size());
     result.licensedCaption = QStringLiteral("Licensed Applications - ") + QString::number(result.licensed.size());
 }
 
-UnknownExe Unknown(const QString &path)
+UnknownExe Unknown(const QString &path, int occurrence)
 {
-    return {path, FileNameOnly(path), FileSizeText(path), IsInExtractFolder(path), IsHiddenOnDisc(path)};
+    // A file that went away since the scan is simply not marked hidden.
+    return {path, FileNameOnly(path), FileSizeText(path, occurrence), IsInExtractFolder(path),
+            InfoOf(path, occurrence).hidden, occurrence};
 }
 
 } // namespace
@@ -185,9 +179,10 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
 
     if (components.RecordCount() == 0) {
         result.catalogueEmpty = true;
+        Occurrences occurrence;
         for (const QString &path : mediaFiles) {
             if (path.right(4) == exeTail)
-                result.unknown.append(Unknown(path));
+                result.unknown.append(Unknown(path, occurrence(path)));
         }
     } else {
         Catalogue catalogue;
@@ -195,14 +190,16 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
         // Another station's evaluation never sees these rows: they live and die in one transaction.
         gConnection->BeginTrans();
         try {
+            Occurrences occurrence;
             for (const QString &path : mediaFiles) {
                 if (path.right(4) != exeTail)
                     continue;
+                const int n = occurrence(path);
                 const QString exeName = FileNameOnly(path);
                 QString appName;
                 bool licensed = false;
                 if (!catalogue.judge(exeName, appName, licensed))
-                    result.unknown.append(Unknown(path));
+                    result.unknown.append(Unknown(path, n));
                 else if (!appName.isEmpty())
                     gConnection->Execute(InsertSql(appName, path, exeName, licensed));
             }

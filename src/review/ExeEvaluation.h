@@ -15,6 +15,7 @@ struct ApplicationFile {
     QString key;
     QString text;
     QString tag;
+    int occurrence = 0; // which of the files sharing that path
 };
 // An application found on the disc, with the files that made it known.
 struct ApplicationRoot {
@@ -29,6 +30,7 @@ struct UnknownExe {
     QString sizeText;
     bool inArchive = false;
     bool hidden = false;
+    int occurrence = 0; // which of the files sharing that path
 };
 
 // The application viewer's captions over its trees and grid as the screen is built, before an

@@ -14,10 +14,10 @@ QString AddReturnIfNonEmptyString(const QString &text)
     return text.isEmpty() ? QString() : QStringLiteral("\r\n");
 }
 
-bool VersionInformation::ReadVersionInformation(const QString &path)
+bool VersionInformation::ReadVersionInformation(const QString &path, int occurrence)
 {
     // A file that has gone away reads as one without version data.
-    const QByteArray block = ReadVersionBlock(RealPath(path));
+    const QByteArray block = ReadVersionBlock(RealPath(path, occurrence));
     VersionSize = int32_t(block.size());
     if (block.isEmpty()) {
         for (QString *s : {&CompanyName, &FileDescription, &FileVersion, &InternalName, &LegalCopyright,
@@ -54,9 +54,9 @@ QString VersionInformation::ReadVersionString(const QString &name) const
     return VersionValueText(*value).left(VersionStringBuffer);
 }
 
-QString VersionInformation::FileInformationText(const QString &path)
+QString VersionInformation::FileInformationText(const QString &path, int occurrence)
 {
-    if (!ReadVersionInformation(path))
+    if (!ReadVersionInformation(path, occurrence))
         return NoVersionInformationText;
     const std::pair<const char *, const QString *> fields[] = {
         {"Company Name:", &CompanyName},       {"File Description:", &FileDescription},

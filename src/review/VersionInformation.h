@@ -26,15 +26,16 @@ public:
     QString LanguageCodePage;
     int32_t VersionSize = 0;
 
-    // True when the file (a stored path) has usable version data, which only a product version makes.
+    // True when the file (a stored path; its occurrence-th file where several share it) has usable version
+    // data, which only a product version makes.
     // A file without a version block empties the eight strings; one whose block has no translation
     // leaves them as they were.
-    bool ReadVersionInformation(const QString &path);
+    bool ReadVersionInformation(const QString &path, int occurrence = 0);
     // A string of the block in the language and code page read last; at most 128 characters, cut at
     // the first NUL.
     QString ReadVersionString(const QString &name) const;
     // The text the application viewer shows for a file.
-    QString FileInformationText(const QString &path);
+    QString FileInformationText(const QString &path, int occurrence = 0);
 };
 
 // The text shown when a file has no usable version information.

@@ -1,5 +1,6 @@
 #include "review/ViewerFiles.h"
 
+#include "platform/StoredPaths.h"
 #include "shell/MainMod.h"
 
 #include <QStringDecoder>
@@ -36,9 +37,9 @@ bool TextScreenListsFile(const QString &path)
            path.right(3) == QLatin1String(".ME") || path.right(7) == QLatin1String(".README");
 }
 
-bool ExternalScreenListsFile(const QString &path, const QString &limit)
+bool ExternalScreenListsFile(const QString &path, const QString &limit, int occurrence)
 {
-    if (path.isEmpty() || !FileExists(path) || FileSizeText(path) == QLatin1String("Error"))
+    if (path.isEmpty() || !FileExists(path, occurrence) || FileSizeText(path, occurrence) == QLatin1String("Error"))
         return false;
     return path.toUpper().right(limit.size()) == limit.toUpper();
 }
@@ -47,8 +48,9 @@ int CountViewerFiles(ViewerKind kind)
 {
     int count = 0;
     if (kind == ViewerKind::External) {
+        Occurrences occurrence;
         for (const QString &path : gExternalFiles)
-            count += ExternalScreenListsFile(path, QString()) ? 1 : 0;
+            count += ExternalScreenListsFile(path, QString(), occurrence(path)) ? 1 : 0;
         return count;
     }
     bool (*lists)(const QString &) = kind == ViewerKind::Video   ? VideoScreenListsFile

@@ -15,8 +15,8 @@ bool TextScreenListsFile(const QString &path);
 
 // The external screen lists an entry of gExternalFiles when the file exists and its size can be read,
 // and its upper-case tail, as long as the limit, equals the limit in upper case (an empty limit lists
-// every such file).
-bool ExternalScreenListsFile(const QString &path, const QString &limit);
+// every such file). The occurrence names the file where several share the path.
+bool ExternalScreenListsFile(const QString &path, const QString &limit, int occurrence = 0);
 
 // The number of files a screen's fill lists from the scan's lists (the external one with no limit).
 int CountViewerFiles(ViewerKind kind);

@@ -84,7 +84,7 @@ void ViewerScreen::Form_QueryUnload(int &, int unloadMode)
         ExitApplication();
 }
 
-void ViewerScreen::FlushBlock(QString &buffer, int total, int batch, int lastColumn)
+void ViewerScreen::FlushBlock(QString &buffer, QList<long> &rowData, int total, int batch, int lastColumn)
 {
     FlexGrid *g = m_grid;
     g->setRows(total + 1);
@@ -96,7 +96,11 @@ void ViewerScreen::FlushBlock(QString &buffer, int total, int batch, int lastCol
     g->setRowSel(total);
     g->setColSel(lastColumn);
     g->setClip(buffer);
+    // Each row keeps which of the files sharing its path it lists.
+    for (int k = 0; k < rowData.size() && total - batch + k < g->Rows(); ++k)
+        g->setRowData(total - batch + k, rowData[k]);
     buffer.clear();
+    rowData.clear();
 }
 
 void ViewerScreen::Fill()
@@ -114,14 +118,18 @@ void ViewerScreen::Fill()
         g->setColWidth(SizeColumn, m_kind.sizeWidth);
         g->setColWidth(TickColumn, long(picTick->pixmap().width()) * TwipsPerPixel);
         QString buffer = QStringLiteral("\tPath\tFile Name\tFile Size\r");
+        QList<long> rowData{0};
+        Occurrences occurrence;
         const int last = int(gMediaFiles.size()) - 1;
         for (int i = 0; i <= last; ++i) {
             ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] {
                 const QString &path = gMediaFiles[i];
+                const int n = occurrence(path);
                 if (!m_kind.lists(path))
                     return;
-                buffer += FileIconKey(path) + QLatin1Char('\t') + path + QLatin1Char('\t') + FileNameOnly(path) +
-                          QLatin1Char('\t') + FileSizeText(path) + QStringLiteral("\t\r");
+                buffer += FileIconKey(path, n) + QLatin1Char('\t') + path + QLatin1Char('\t') + FileNameOnly(path) +
+                          QLatin1Char('\t') + FileSizeText(path, n) + QStringLiteral("\t\r");
+                rowData.append(n);
                 ++total;
                 ++batch;
             });
@@ -131,7 +139,7 @@ void ViewerScreen::Fill()
                                       QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
                                           QStringLiteral(" internal files..."),
                                       this);
-                FlushBlock(buffer, total, batch, SizeColumn);
+                FlushBlock(buffer, rowData, total, batch, SizeColumn);
                 batch = 0;
             }
         }
@@ -189,8 +197,7 @@ void ViewerScreen::MarkSortedRows()
     const QString extract = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
     for (int r = 1; r < g->Rows(); ++r) {
         const QString path = g->TextMatrix(r, PathColumn);
-        bool hidden = false;
-        ResumeNext([&] { hidden = IsHiddenFile(RealPath(path)); });
+        const bool hidden = InfoOf(path, int(g->RowData(r))).hidden;
         const bool zipped = path.left(extract.size()) == extract;
         if (!zipped && !hidden)
             continue;
@@ -225,6 +232,11 @@ QPushButton *ViewerScreen::TransportButton(QWidget *parent, const char *name, co
 QString ViewerScreen::RowPath() const
 {
     return m_grid->TextMatrix(m_grid->Row(), PathColumn);
+}
+
+QString ViewerScreen::RowFile() const
+{
+    return RealPath(RowPath(), int(m_grid->RowData(m_grid->Row())));
 }
 
 QString ViewerScreen::ShowPath()

@@ -72,8 +72,9 @@ protected:
 
     // The fill from gMediaFiles in text blocks of at most 500 rows.
     void Fill();
-    // One block of the fill: Rows raised, the block written from the last row the block before wrote.
-    void FlushBlock(QString &buffer, int total, int batch, int lastColumn);
+    // One block of the fill: Rows raised, the block written from the last row the block before wrote;
+    // rowData holds each written line's occurrence of its path (the heading's included).
+    void FlushBlock(QString &buffer, QList<long> &rowData, int total, int batch, int lastColumn);
     // The mark texts of column 0 become pictures; then an empty first data row goes.
     void MarkPass();
     void MarkSortedRows();
@@ -88,6 +89,8 @@ protected:
     QString ShowPath();
     // The path of the current row: the row's key.
     QString RowPath() const;
+    // The real file of the current row, to open: its own, also where rows share a path.
+    QString RowFile() const;
     // A player's transport button with its picture, placed in twips on the players' button bar.
     static QPushButton *TransportButton(QWidget *parent, const char *name, const QString &picture,
                                         const QString &tip, long left);

@@ -103,7 +103,7 @@ QLabel *frmScanResultsAudio::SummaryChecked(frmScanSummary *summary) const
 void frmScanResultsAudio::openWithDefaultProgram()
 {
     ResumeNext([this] { MediaPlayer1->Stop(); });
-    OpenWithDefaultProgram(RowPath());
+    OpenWithDefaultProgram(RowFile());
 }
 
 void frmScanResultsAudio::PlaySelectedAudio()
@@ -111,7 +111,7 @@ void frmScanResultsAudio::PlaySelectedAudio()
     try {
         const QString path = RowPath();
         lblCurrentPath->setText(path);
-        MediaPlayer1->setFileName(path);
+        MediaPlayer1->setFileName(RowFile());
         if (MediaPlayer1->ErrorCode() != 0)
             throw VbError(MediaPlayer1->ErrorCode(), MediaPlayer1->ErrorDescription());
         ShowPath();

@@ -36,6 +36,7 @@ namespace {
 
 constexpr int TagRole = Qt::UserRole;
 constexpr int KeyRole = Qt::UserRole + 1;
+constexpr int OccurrenceRole = Qt::UserRole + 2; // which of the files sharing the tag's path
 constexpr int LeftButton = 1;
 constexpr int RightButton = 2;
 constexpr int GridNameColumn = 2;
@@ -155,16 +156,18 @@ frmScanResultsEXEs::frmScanResultsEXEs()
     }
 
     On(gridUnknownEXEs, &FlexGrid::RowColChange, this,
-       [this] { ShowFileInformation(gridUnknownEXEs->TextMatrix(gridUnknownEXEs->Row(), 1)); });
+       [this] { ShowFileInformation(UnknownRowPath(), UnknownRowOccurrence()); });
     On(gridUnknownEXEs, &FlexGrid::MouseUp, this,
        [this](int button, int, long, long) { gridUnknownEXEs_MouseUp(button); });
     On(mnuContextLicensedLaunchEXE, &QAction::triggered, this,
-       [this] { LaunchProgram(NodeTag(treLicensedEXEs->currentItem())); });
+       [this] { LaunchProgram(NodeTag(treLicensedEXEs->currentItem()), NodeOccurrence(treLicensedEXEs->currentItem())); });
     On(mnuContextUnlicensedLaunchExe, &QAction::triggered, this,
-       [this] { LaunchProgram(NodeTag(treUnlicensedEXEs->currentItem())); });
+       [this] {
+           LaunchProgram(NodeTag(treUnlicensedEXEs->currentItem()), NodeOccurrence(treUnlicensedEXEs->currentItem()));
+       });
     On(mnuContextUnknownLaunchEXE, &QAction::triggered, this, [this] {
         if (gridUnknownEXEs->Rows() > 0)
-            LaunchProgram(gridUnknownEXEs->TextMatrix(gridUnknownEXEs->Row(), 1));
+            LaunchProgram(UnknownRowPath(), UnknownRowOccurrence());
     });
     On(mnuContextLicensedShowWebsite, &QAction::triggered, this, [this] {
         if (treLicensedEXEs->currentItem())
@@ -201,6 +204,21 @@ QString frmScanResultsEXEs::NodeTag(const QTreeWidgetItem *node)
     return node ? node->data(0, TagRole).toString() : QString();
 }
 
+int frmScanResultsEXEs::NodeOccurrence(const QTreeWidgetItem *node)
+{
+    return node ? node->data(0, OccurrenceRole).toInt() : 0;
+}
+
+QString frmScanResultsEXEs::UnknownRowPath() const
+{
+    return gridUnknownEXEs->TextMatrix(gridUnknownEXEs->Row(), 1);
+}
+
+int frmScanResultsEXEs::UnknownRowOccurrence() const
+{
+    return int(gridUnknownEXEs->RowData(gridUnknownEXEs->Row()));
+}
+
 QString frmScanResultsEXEs::NodeKey(const QTreeWidgetItem *node)
 {
     return node ? node->data(0, KeyRole).toString() : QString();
@@ -234,8 +252,10 @@ void frmScanResultsEXEs::EvaluateExecutables()
     treUnlicensedEXEs->clear();
 
     m_evaluation = ::EvaluateExecutables(gMediaFiles, gClientCode);
-    for (const UnknownExe &u : m_evaluation.unknown)
+    for (const UnknownExe &u : m_evaluation.unknown) {
         grid->AddItem(QStringLiteral("\t") + u.path + QLatin1Char('\t') + u.fileName + QLatin1Char('\t') + u.sizeText);
+        grid->setRowData(grid->Rows() - 1, u.occurrence);
+    }
     if (!m_evaluation.catalogueEmpty) {
         FillApplicationTrees();
         auto *summary = Forms::get<frmScanSummary>();
@@ -297,6 +317,7 @@ void frmScanResultsEXEs::FillApplicationTrees()
                 auto *child = new QTreeWidgetItem(node, {f.text});
                 child->setData(0, KeyRole, f.key);
                 child->setData(0, TagRole, f.tag);
+                child->setData(0, OccurrenceRole, f.occurrence);
             }
         }
         tree->expandAll();
@@ -307,10 +328,10 @@ void frmScanResultsEXEs::FillApplicationTrees()
     lblLicensedPrograms->setText(m_evaluation.licensedCaption);
 }
 
-void frmScanResultsEXEs::ShowFileInformation(const QString &path)
+void frmScanResultsEXEs::ShowFileInformation(const QString &path, int occurrence)
 {
     // Nothing that goes wrong here is ever shown: at worst the panel says there is no information.
-    txtFileInfo->setPlainText(m_info.FileInformationText(path));
+    txtFileInfo->setPlainText(m_info.FileInformationText(path, occurrence));
 }
 
 bool frmScanResultsEXEs::eventFilter(QObject *watched, QEvent *event)
@@ -346,7 +367,7 @@ void frmScanResultsEXEs::tree_Select(QTreeWidget *t)
         t->setToolTip(QString());
         return;
     }
-    ShowFileInformation(tag);
+    ShowFileInformation(tag, NodeOccurrence(t->currentItem()));
     const QString extract = (AppPath() + QStringLiteral("/extract")).toUpper();
     if (tag.left(extract.size()) == extract)
         t->setToolTip(QStringLiteral("Archive file: ") + tag.mid(extract.size()));
@@ -391,19 +412,20 @@ void frmScanResultsEXEs::gridUnknownEXEs_MouseUp(int button)
         mnuContextUnknownSearchOnWeb->setVisible(filled);
         if (filled) {
             // The search reads the company name of this very row.
-            ShowFileInformation(grid->TextMatrix(grid->Row(), 1));
+            ShowFileInformation(UnknownRowPath(), UnknownRowOccurrence());
             mnuContextUnknown->popup(QCursor::pos());
         }
     }
     if (filled)
-        ShowFileInformation(grid->TextMatrix(grid->Row(), 1));
+        ShowFileInformation(UnknownRowPath(), UnknownRowOccurrence());
 }
 
-void frmScanResultsEXEs::LaunchProgram(const QString &path)
+void frmScanResultsEXEs::LaunchProgram(const QString &path, int occurrence)
 {
     try {
         // The file goes to the desktop's opener; nothing from the disc runs by itself here.
-        if (ShellOpen(QLatin1Char('"') + RealPath(path) + QLatin1Char('"'), vbNormalFocus) <= ShellExecuteFailureLimit)
+        if (ShellOpen(QLatin1Char('"') + RealPath(path, occurrence) + QLatin1Char('"'), vbNormalFocus) <=
+            ShellExecuteFailureLimit)
             RaiseVbError(VbErr::FileNotFound);
     } catch (const VbError &) {
         MsgBox(QStringLiteral("Program can not run - it may be corrupt."), vbCritical);

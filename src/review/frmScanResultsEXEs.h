@@ -65,6 +65,8 @@ public:
 
     // The node's file path; empty for an application's root.
     static QString NodeTag(const QTreeWidgetItem *node);
+    // Which of the files that share the node's tag (its path) the node stands for.
+    static int NodeOccurrence(const QTreeWidgetItem *node);
     static QString NodeKey(const QTreeWidgetItem *node);
 
     // The judgement this screen shows, for the summary and the report.
@@ -84,8 +86,11 @@ protected:
 
 private:
     void FillApplicationTrees();
-    void ShowFileInformation(const QString &path);
-    void LaunchProgram(const QString &path);
+    void ShowFileInformation(const QString &path, int occurrence);
+    void LaunchProgram(const QString &path, int occurrence);
+    // The current row of the unknown grid: its path and which of the files sharing it.
+    QString UnknownRowPath() const;
+    int UnknownRowOccurrence() const;
     void SearchWeb(const QString &fileName);
     void tree_Select(QTreeWidget *tree);
     void tree_MouseUp(QTreeWidget *tree, int button);

@@ -79,7 +79,7 @@ frmScanResultsImages::frmScanResultsImages()
     On(cmdMagnifyPlus, &QPushButton::clicked, this, [this] { ZoomIn(); });
     On(cmdMagnifyMinus, &QPushButton::clicked, this, [this] { ZoomOut(); });
     // Opening from the menu is no tick: only the picture shown here counts.
-    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] { OpenWithDefaultProgram(RowPath()); });
+    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] { OpenWithDefaultProgram(RowFile()); });
     On(mnuContextMenuCopyImageToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setImage(picSelectedImage->Picture());
@@ -110,11 +110,11 @@ QLabel *frmScanResultsImages::SummaryChecked(frmScanSummary *summary) const
 
 void frmScanResultsImages::ShowSelectedImage()
 {
-    const QString path = ShowPath();
+    ShowPath();
     gridImageResults->setEnabled(false);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     try {
-        picSelectedImage->LoadPicture(RealPath(path));
+        picSelectedImage->LoadPicture(RowFile());
     } catch (const VbError &) {
         picSelectedImage->Clear();
         gridImageResults->setEnabled(true);
@@ -156,7 +156,7 @@ void frmScanResultsImages::ShowFullScreenImage()
     try {
         if (gridImageResults->Rows() < 1)
             RaiseVbError(VbErr::GridSubscriptOutOfRange);
-        viewer->picImage->LoadPicture(RealPath(RowPath()));
+        viewer->picImage->LoadPicture(RowFile());
         // The picture's own units against the screen's twips: the halves and quarters are kept as they are.
         const long screenW = ScreenWidthTw(), screenH = ScreenHeightTw();
         const long picW = viewer->picImage->PictureWidth(), picH = viewer->picImage->PictureHeight();

@@ -136,6 +136,8 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
         int count = 0, batch = 0;
         double externalMegabytes = 0;
         QString buffer = QStringLiteral("\tPath\tFile Name\tFile Size\tFile Ext.\r");
+        QList<long> rowData{0};
+        Occurrences occurrence;
         DoEvents();
         g->setRedraw(false);
         g->setRows(0);
@@ -152,17 +154,19 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
         for (int i = 0; i <= last; ++i) {
             ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] {
                 const QString &path = gExternalFiles[i];
-                if (!FileExists(path))
+                const int n = occurrence(path);
+                if (!FileExists(path, n))
                     return;
-                if (path.isEmpty() || FileSizeText(path) == QLatin1String("Error"))
+                if (path.isEmpty() || FileSizeText(path, n) == QLatin1String("Error"))
                     return;
-                const double kb = QFileInfo(RealPath(path)).size() / 1024.0;
+                const double kb = InfoOf(path, n).size / 1024.0;
                 externalMegabytes += kb / 1024.0;
                 const QString size = QString::number(std::llround(kb)) + QStringLiteral(" KB");
                 if (path.toUpper().right(limit.size()) != limit)
                     return;
-                buffer += FileIconKey(path) + QLatin1Char('\t') + path + QLatin1Char('\t') + FileNameOnly(path) +
+                buffer += FileIconKey(path, n) + QLatin1Char('\t') + path + QLatin1Char('\t') + FileNameOnly(path) +
                           QLatin1Char('\t') + size + QLatin1Char('\t') + ExtensionOf(path) + QLatin1Char('\r');
+                rowData.append(n);
                 ++count;
                 ++batch;
             });
@@ -174,7 +178,7 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
                                       QStringLiteral("Processed") + Str(i) + QStringLiteral(" of") + Str(last) +
                                           QStringLiteral(" external files..."),
                                       this);
-                FlushBlock(buffer, count, batch, ExtensionColumn);
+                FlushBlock(buffer, rowData, count, batch, ExtensionColumn);
                 batch = 0;
             }
         }
@@ -216,7 +220,7 @@ void frmScanResultsOther::OpenAndTick()
 {
     const QScopedValueRollback<bool> busy(m_busy, true);
     // Ticked even when no program is associated: the operator has tried to open it.
-    OpenWithDefaultProgram(RowPath());
+    OpenWithDefaultProgram(RowFile());
     TickRow();
     gridTextResults->setCol(0);
 }

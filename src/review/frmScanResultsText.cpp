@@ -54,11 +54,11 @@ frmScanResultsText::frmScanResultsText()
     On(chkSendToIE, &QCheckBox::clicked, this, [this] { chkSendToIE_Click(); });
     On(gridTextResults, &FlexGrid::DblClick, this, [this] {
         if (gridTextResults->Rows() >= 1 && gridTextResults->MouseRow() >= 1)
-            OpenWithDefaultProgram(RowPath());
+            OpenWithDefaultProgram(RowFile());
     });
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] {
         if (gridTextResults->Rows() >= 1)
-            OpenWithDefaultProgram(RowPath());
+            OpenWithDefaultProgram(RowFile());
     });
     On(mnuContextAddPathToClipboard, &QAction::triggered, this, [this] {
         if (gridTextResults->Rows() < 1)
@@ -85,20 +85,20 @@ QLabel *frmScanResultsText::SummaryChecked(frmScanSummary *summary) const
     return summary->lblTextChecked;
 }
 
-bool frmScanResultsText::LoadTextFile(const QString &path)
+bool frmScanResultsText::LoadTextFile(const QString &file)
 {
     try {
         if (chkSendToIE->isChecked()) {
-            OpenWithDefaultProgram(path);
+            OpenWithDefaultProgram(file);
             return true;
         }
-        QFile file(RealPath(path));
-        if (!file.open(QIODevice::ReadOnly))
-            RaiseVbError(file.exists() ? VbErr::PermissionDenied : VbErr::FileNotFound);
-        if (file.size() > TextBoxLimit)
+        QFile f(file);
+        if (!f.open(QIODevice::ReadOnly))
+            RaiseVbError(f.exists() ? VbErr::PermissionDenied : VbErr::FileNotFound);
+        if (f.size() > TextBoxLimit)
             RaiseVbError(VbErr::OutOfMemory);
-        QByteArray bytes = file.readAll();
-        if (bytes.size() != file.size())
+        QByteArray bytes = f.readAll();
+        if (bytes.size() != f.size())
             RaiseVbError(VbErr::DeviceIOError);
         // Reading a whole file as text stops at its end-of-file character: the read runs past the end.
         QString text = DecodeTextFile(bytes);
@@ -116,7 +116,7 @@ bool frmScanResultsText::LoadTextFile(const QString &path)
             if (MsgBox(QStringLiteral("Text file is too large to display, would you like to open it in the default "
                                       "viewer?"),
                        vbYesNo | vbExclamation) == vbYes)
-                OpenWithDefaultProgram(path);
+                OpenWithDefaultProgram(file);
         } else {
             MsgBox(QStringLiteral("Can not display file as text."), vbExclamation);
         }
@@ -127,8 +127,8 @@ bool frmScanResultsText::LoadTextFile(const QString &path)
 
 void frmScanResultsText::ShowTextFile()
 {
-    const QString path = ShowPath();
-    if (!LoadTextFile(path))
+    ShowPath();
+    if (!LoadTextFile(RowFile()))
         return;
     TickRow();
 }
@@ -140,15 +140,15 @@ void frmScanResultsText::chkSendToIE_Click()
         txtSelectedText->setEnabled(!chkSendToIE->isChecked());
         return;
     }
-    const QString path = RowPath();
+    const QString file = RowFile();
     if (chkSendToIE->isChecked()) {
         txtSelectedText->clear();
         txtSelectedText->setEnabled(false);
         DoEvents();
-        LoadTextFile(path);
+        LoadTextFile(file);
     } else {
         txtSelectedText->setEnabled(true);
-        LoadTextFile(path);
+        LoadTextFile(file);
     }
 }
 

@@ -26,7 +26,7 @@ public:
     static constexpr qint64 TextBoxLimit = 32 * 1024 * 1024;
 
     // True when the file was shown or handed to the desktop's viewer.
-    bool LoadTextFile(const QString &path);
+    bool LoadTextFile(const QString &file); // a real path
     // Shows the file of the current row and ticks it.
     void ShowTextFile();
 

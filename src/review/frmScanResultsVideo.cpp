@@ -127,7 +127,7 @@ void frmScanResultsVideo::stopBoth()
 void frmScanResultsVideo::openWithDefaultProgram()
 {
     stopBoth();
-    OpenWithDefaultProgram(RowPath());
+    OpenWithDefaultProgram(RowFile());
 }
 
 void frmScanResultsVideo::DeterminePlayMode()
@@ -153,7 +153,7 @@ void frmScanResultsVideo::PlaySelectedVideo()
                 DoEvents();
                 SetLeftTw(SkyLight1, 5520);
                 SetTopTw(SkyLight1, 1200);
-                SkyLight1->setMovieFile(path);
+                SkyLight1->setMovieFile(RowFile());
                 const double width = SkyLight1->MovieWidth(), height = SkyLight1->MovieHeight();
                 if (width != 0) {
                     if (width > height) {
@@ -166,7 +166,7 @@ void frmScanResultsVideo::PlaySelectedVideo()
                     }
                 }
             } else {
-                SkyLight1->setMovieFile(path);
+                SkyLight1->setMovieFile(RowFile());
                 if (SkyLight1->MovieWidth() != 0)
                     scale = 250.0 / SkyLight1->MovieWidth();
             }
@@ -188,7 +188,7 @@ void frmScanResultsVideo::PlaySelectedVideo()
             DeterminePlayMode();
             gridVideoResults->setEnabled(false);
             QApplication::setOverrideCursor(Qt::WaitCursor);
-            MediaPlayer1->setFileName(path);
+            MediaPlayer1->setFileName(RowFile());
             DoEvents();
             if (MediaPlayer1->ErrorCode() != 0)
                 MsgBox(MediaPlayer1->ErrorDescription(), vbExclamation);

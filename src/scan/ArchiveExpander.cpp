@@ -115,15 +115,29 @@ long openError(int err)
 // Opens the archive file itself; a file that cannot be opened raises the runtime's file error. A pipe
 // or a device under an archive's name is no archive: it is never read (a pipe would wait forever).
 // (O_NONBLOCK changes nothing for a regular file's reads.)
-Fd openArchiveFile(const QString &path, bool &regular, int64_t &size)
+Fd openArchiveFile(const QByteArray &path, bool &regular, int64_t &size)
 {
-    Fd fd(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    Fd fd(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (fd.get() < 0)
         RaiseVbError(openError(errno));
     struct stat st;
     regular = ::fstat(fd.get(), &st) == 0 && S_ISREG(st.st_mode);
     size = regular ? static_cast<int64_t>(st.st_size) : 0;
     return fd;
+}
+
+// Makes a folder and the folders above it that are missing, as the file system names them.
+bool makeFolders(const QByteArray &path)
+{
+    for (qsizetype at = 1; at <= path.size(); ++at) {
+        if (at < path.size() && path[at] != '/')
+            continue;
+        const QByteArray part = path.left(at);
+        if (::mkdir(part.constData(), 0755) != 0 && errno != EEXIST)
+            return false;
+    }
+    struct stat st;
+    return ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 // Whether any of the readers could take the file, judged from its first bytes and its tail without
@@ -170,6 +184,15 @@ QString sizeText(int64_t bytes)
     return QString::number(bytes / MiB) + QStringLiteral(" MB");
 }
 
+// A count with its thousands marked, as the README states the bounds.
+QString countText(int64_t n)
+{
+    QString digits = QString::number(n);
+    for (qsizetype at = digits.size() - 3; at > 0; at -= 3)
+        digits.insert(at, QLatin1Char(','));
+    return digits;
+}
+
 bool isUtf8Codeset()
 {
     const char *cs = nl_langinfo(CODESET);
@@ -191,12 +214,33 @@ struct ArchiveExpander::Run {
     bool broken = false;  // the reader cannot go on past a damaged member
     std::vector<char> buffer = std::vector<char>(kWriteBlock);
 
-    void warn(const QString &member, const QString &why) { owner.m_warnings.append(member + QStringLiteral(": ") + why); }
+    int64_t members = 0;
+
+    void warn(const QString &member, const QString &why) { owner.warn(member + QStringLiteral(": ") + why); }
 
     void stop(const QString &member, const QString &why)
     {
-        owner.m_warnings.append(QStringLiteral("Expansion stopped at ") + member + QStringLiteral(": ") + why);
+        owner.warn(QStringLiteral("Expansion stopped at ") + member + QStringLiteral(": ") + why);
         stopped = true;
+    }
+
+    // One more member read: false (and the archive stopped) when that passes a count bound.
+    bool countAllows(const QString &member)
+    {
+        const Limits &l = owner.m_limits;
+        ++members;
+        ++owner.m_scanMembers;
+        if (members > l.archiveMembers) {
+            stop(member, QStringLiteral("the archive holds more than ") + countText(l.archiveMembers) +
+                             QStringLiteral(" members"));
+            return false;
+        }
+        if (owner.m_scanMembers > l.scanMembers) {
+            stop(member, QStringLiteral("the disc's archives hold more than ") + countText(l.scanMembers) +
+                             QStringLiteral(" members"));
+            return false;
+        }
+        return true;
     }
 
     void report(bool force)
@@ -408,6 +452,8 @@ struct ArchiveExpander::Run {
             member = QString::fromUtf8(utf8);
         else if (const wchar_t *wide = archive_entry_pathname_w(e))
             member = QString::fromWCharArray(wide);
+        if (!countAllows(member))
+            return;
         if (archive_entry_is_encrypted(e)) {
             warn(member, QStringLiteral("encrypted"));
             return;
@@ -446,7 +492,9 @@ ArchiveExpander::Limits ArchiveExpander::DefaultLimits()
     // A disc holds at most a few tens of GB; a single archive on it that unpacks beyond 4 GB, or a
     // member that keeps growing past 16 MB at more than 200 to 1 (deflate peaks near 1000 to 1 only on
     // runs of one byte), is no software distribution but a bomb.
-    return Limits{4 * GiB, 16 * GiB, 16 * MiB, 200, 1 * GiB};
+    // A software master's archives hold thousands of files, rarely tens of thousands; millions of (empty)
+    // members would take the extract folder's file system's inodes and the operator's afternoon.
+    return Limits{4 * GiB, 16 * GiB, 16 * MiB, 200, 1 * GiB, 200'000, 1'000'000};
 }
 
 ArchiveExpander::ArchiveExpander() : ArchiveExpander(DefaultLimits()) {}
@@ -487,7 +535,20 @@ QString ArchiveExpander::DecodeMemberName(const char *raw)
     return text;
 }
 
+void ArchiveExpander::warn(const QString &line)
+{
+    if (m_warnings.size() < MaxWarnings)
+        m_warnings.append(line);
+    else
+        ++m_warningsLeftOut;
+}
+
 long ArchiveExpander::ReadContents(const QString &archivePath)
+{
+    return ReadContents(QFile::encodeName(archivePath));
+}
+
+long ArchiveExpander::ReadContents(const QByteArray &archivePath)
 {
     bool regular = false;
     int64_t size = 0;
@@ -512,22 +573,35 @@ long ArchiveExpander::ReadContents(const QString &archivePath)
             throw VbError(ErrDamagedArchive, libarchiveMessage(a.get()));
         if (m_observer.pumpEvents && count % 256 == 255)
             m_observer.pumpEvents();
-        if (m_abort)
+        // Readable as far as the expansion will go: it stops there with its own warning.
+        if (m_abort || count >= m_limits.archiveMembers)
             return 0;
     }
 }
 
 bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFolder)
 {
+    return Expand(QFile::encodeName(archivePath), QFile::encodeName(targetFolder));
+}
+
+bool ArchiveExpander::Expand(const QByteArray &archivePath, const QByteArray &targetFolder)
+{
     m_warnings.clear();
-    if (!QDir().mkpath(targetFolder)) {
-        m_warnings.append(targetFolder + QStringLiteral(": the folder cannot be made"));
+    m_warningsLeftOut = 0;
+    const QString shownTarget = QFile::decodeName(targetFolder);
+    if (!makeFolders(targetFolder)) {
+        warn(shownTarget + QStringLiteral(": the folder cannot be made"));
         return true;
     }
-    const QByteArray targetNative = QFile::encodeName(QDir(targetFolder).canonicalPath());
+    char canonical[PATH_MAX];
+    if (!::realpath(targetFolder.constData(), canonical)) {
+        warn(shownTarget + QStringLiteral(": the folder cannot be opened"));
+        return true;
+    }
+    const QByteArray targetNative(canonical);
     Fd target(::open(targetNative.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (target.get() < 0) {
-        m_warnings.append(targetFolder + QStringLiteral(": the folder cannot be opened"));
+        warn(shownTarget + QStringLiteral(": the folder cannot be opened"));
         return true;
     }
     Fd fd;
@@ -536,14 +610,14 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
     try {
         fd = openArchiveFile(archivePath, regular, size);
     } catch (const VbError &e) {
-        m_warnings.append(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
+        warn(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
         return true;
     }
     if (!regular)
         return true;
     ArchivePtr a = newReader();
     if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
-        m_warnings.append(QStringLiteral("the archive cannot be read (") + libarchiveMessage(a.get()) + QLatin1Char(')'));
+        warn(QStringLiteral("the archive cannot be read (") + libarchiveMessage(a.get()) + QLatin1Char(')'));
         return true;
     }
     Run run{*this, a.get(), target.get(), size, targetNative};
@@ -556,8 +630,8 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
         if (r == ARCHIVE_RETRY && ++retries < 16)
             continue;
         if (r < ARCHIVE_WARN) {
-            m_warnings.append(QStringLiteral("the rest of the archive is damaged (") + libarchiveMessage(a.get()) +
-                              QLatin1Char(')'));
+            warn(QStringLiteral("the rest of the archive is damaged (") + libarchiveMessage(a.get()) +
+                 QLatin1Char(')'));
             break;
         }
         run.entry(e);

@@ -22,6 +22,8 @@ public:
         int64_t ratioFloorBytes;    // a member is judged by its ratio only once it has written this much
         int64_t maxRatio;           // written bytes per compressed byte read for one member
         int64_t freeSpaceReserve;   // never leave less than this free on the extract folder's file system
+        int64_t archiveMembers;     // members of one archive (each one read costs time, each file an inode)
+        int64_t scanMembers;        // members of all archives of one scan
     };
     static Limits DefaultLimits();
 
@@ -43,6 +45,7 @@ public:
     // cannot be opened raises the runtime's file errors (53, 70, 57).
     static constexpr long ErrDamagedArchive = VbErr::InvalidFileFormat;
     long ReadContents(const QString &archivePath);
+    long ReadContents(const QByteArray &nativeArchivePath);
 
     // Expands every member into targetFolder (created as needed), keeping the member's folders and
     // overwriting what is there. Members that cannot or must not be written are skipped and named in the
@@ -50,17 +53,27 @@ public:
     // stays. A partial file (abort, damaged member, bound) is removed. Returns false when the expansion
     // was aborted or stopped by a bound.
     bool Expand(const QString &archivePath, const QString &targetFolder);
+    bool Expand(const QByteArray &nativeArchivePath, const QByteArray &nativeTargetFolder);
 
     // Set by Cancel: stops the running expansion at the next block.
     void setAbort(bool abort) { m_abort = abort; }
     bool abort() const { return m_abort; }
 
-    // What the last Expand had to say to the operator, one line a skipped member or a bound passed.
+    // What the last Expand had to say to the operator, one line a skipped member or a bound passed; past
+    // MaxWarnings lines only their number is kept.
+    static constexpr int MaxWarnings = 1000;
     const QStringList &warnings() const { return m_warnings; }
+    int warningsLeftOut() const { return m_warningsLeftOut; }
 
-    // The bytes written by this expander since it was made (or since ResetScanTotal).
+    // The bytes written and the members read by this expander since it was made (or since
+    // ResetScanTotal).
     int64_t scanTotal() const { return m_scanTotal; }
-    void ResetScanTotal() { m_scanTotal = 0; }
+    int64_t scanMembers() const { return m_scanMembers; }
+    void ResetScanTotal()
+    {
+        m_scanTotal = 0;
+        m_scanMembers = 0;
+    }
 
     // Member names without a UTF-8 mark are read as the DOS code page 437, as old ZIP tools wrote them.
     static QString DecodeMemberName(const char *raw);
@@ -72,7 +85,11 @@ private:
     Observer m_observer;
     bool m_abort = false;
     QStringList m_warnings;
+    int m_warningsLeftOut = 0;
     int64_t m_scanTotal = 0;
+    int64_t m_scanMembers = 0;
+
+    void warn(const QString &line);
 
     struct Run;
     friend struct Run;

@@ -48,7 +48,7 @@ long listingError(int err)
 }
 // The lines of an expansion's warning box: a hostile archive can name thousands of members, each
 // with a name of hundreds of characters.
-QString WarningLines(const QStringList &warnings)
+QString WarningLines(const QStringList &warnings, int leftOut)
 {
     constexpr int maxLines = 15, maxWidth = 100;
     QStringList lines;
@@ -56,35 +56,10 @@ QString WarningLines(const QStringList &warnings)
         const QString &w = warnings[i];
         lines.append(w.size() <= maxWidth ? w : w.left(maxWidth / 2 - 2) + QStringLiteral("...") + w.right(maxWidth / 2 - 1));
     }
-    if (warnings.size() > maxLines)
-        lines.append(QStringLiteral("... and ") + QString::number(warnings.size() - maxLines) + QStringLiteral(" more"));
+    if (warnings.size() + leftOut > maxLines)
+        lines.append(QStringLiteral("... and ") + QString::number(warnings.size() + leftOut - maxLines) +
+                     QStringLiteral(" more"));
     return lines.join(QLatin1Char('\n'));
-}
-// A name from the file system: plain ASCII needs no decoding.
-QString decodeName(const char *name)
-{
-    const auto length = static_cast<qsizetype>(std::strlen(name));
-    for (qsizetype i = 0; i < length; ++i) {
-        if (static_cast<unsigned char>(name[i]) >= 0x80)
-            return QFile::decodeName(QByteArray(name, length));
-    }
-    return QString::fromLatin1(name, length);
-}
-
-// The upper case of prefix + name, the prefix already in upper case: most names on a disc are plain
-// ASCII, which needs no case tables and no second copy.
-QString upperPath(const QString &upperPrefix, const QString &name)
-{
-    QString out;
-    out.reserve(upperPrefix.size() + name.size());
-    out.append(upperPrefix);
-    for (const QChar c : name) {
-        const char16_t u = c.unicode();
-        if (u >= 0x80)
-            return upperPrefix + name.toUpper();
-        out.append(u >= 'a' && u <= 'z' ? QChar(char16_t(u - ('a' - 'A'))) : c);
-    }
-    return out;
 }
 } // namespace
 
@@ -131,9 +106,13 @@ QString FirstReviewScreen(const KindsToReview &kinds)
     return QStringLiteral("frmScanResultsOther");
 }
 
-QString ArchiveTargetFolder(const QString &storedArchivePath)
+QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath)
 {
-    return ExtractFolder() + kSlash + storedArchivePath.mid(VolumeRootOf(storedArchivePath).size());
+    QByteArray root = QFile::encodeName(ScannedVolume());
+    if (!root.endsWith('/'))
+        root += '/';
+    const qsizetype cut = nativeArchivePath.startsWith(root) ? root.size() : nativeArchivePath.startsWith('/') ? 1 : 0;
+    return QFile::encodeName(ExtractFolder()) + '/' + nativeArchivePath.mid(cut);
 }
 
 MediaWalker::MediaWalker()
@@ -159,12 +138,17 @@ void MediaWalker::showCount()
 
 void MediaWalker::SetDrive(const QString &volumeRoot)
 {
+    // An optical drive with no disc offers its empty mount point: no volume to walk.
+    if (IsEmptyDrive(volumeRoot))
+        RaiseVbError(VbErr::DeviceUnavailable);
     QString root = volumeRoot;
     if (root.size() > 1 && root.endsWith(kSlash))
         root.chop(1);
     SetScannedVolume(root);
     gScanDrive = root == kSlash ? QString() : root;
     m_dirPath = gScanDrive + kSlash;
+    m_volume = {QFile::encodeName(m_dirPath), StoredText(m_dirPath), m_dirPath};
+    m_dir = m_volume;
 }
 
 void MediaWalker::Cancel()
@@ -174,108 +158,98 @@ void MediaWalker::Cancel()
     pump();
 }
 
-MediaWalker::Listing MediaWalker::list(const QString &folder, bool foldersToo, const FileSink &sink)
+MediaWalker::Folder MediaWalker::sub(const Folder &parent, const QByteArray &name) const
 {
-    Listing out;
-    const QByteArray native = QFile::encodeName(folder.isEmpty() ? QDir::currentPath() : folder);
+    const QByteArray native = parent.native + name;
+    const QString shown = QFile::decodeName(native);
+    return {native + '/', parent.stored + StoredName(name) + kSlash, shown + kSlash};
+}
+
+bool MediaWalker::isOwnFolder(int dirFd, const char *name, ino_t inode, const QByteArray &path) const
+{
+    for (const Identity &own : m_ownFolders) {
+        if (path == own.path)
+            return true;
+        struct stat st;
+        if (inode == own.inode && ::fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) == 0 && st.st_dev == own.device &&
+            st.st_ino == own.inode)
+            return true;
+    }
+    return false;
+}
+
+QList<QByteArray> MediaWalker::list(const Folder &folder, const FileSink &sink)
+{
+    QList<QByteArray> folders;
+    const QByteArray native = folder.native.isEmpty() ? QFile::encodeName(QDir::currentPath()) : folder.native;
     DIR *dir = opendir(native.constData());
     if (!dir)
         RaiseVbError(listingError(errno));
     const int fd = dirfd(dir);
-    errno = 0;
-    while (const dirent *e = readdir(dir)) {
+    for (;;) {
+        // Each entry's own look-ups may leave errno set; only readdir's says the listing failed.
+        errno = 0;
+        const dirent *e = readdir(dir);
+        if (!e)
+            break;
         const char *name = e->d_name;
         if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
             continue;
         unsigned char type = e->d_type;
-        if (type == DT_UNKNOWN || type == DT_LNK) {
-            // A link counts as what it points at; a link to a folder is never walked (it could lead
-            // back up the tree), and a dangling one is listed as the file it names.
+        if (type == DT_UNKNOWN) {
+            // An entry that vanished or cannot be examined is passed over; the rest is listed.
             struct stat st;
-            const bool isLink = type == DT_LNK;
-            if (fstatat(fd, name, &st, 0) == 0)
-                type = S_ISDIR(st.st_mode) ? (isLink ? DT_LNK : DT_DIR) : DT_REG;
-            else
-                type = DT_REG;
-            if (type == DT_LNK)
+            if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
+            type = S_ISREG(st.st_mode) ? DT_REG : S_ISDIR(st.st_mode) ? DT_DIR : DT_LNK;
         }
-        if (type == DT_DIR) {
-            if (foldersToo)
-                out.folders.append(decodeName(name));
-        } else if (sink) {
-            sink(name);
-        } else {
-            out.files.append(decodeName(name));
+        // A link, pipe, socket or device is no file of the disc: never listed, followed or opened.
+        if (type == DT_REG) {
+            sink(name, static_cast<qsizetype>(std::strlen(name)));
+        } else if (type == DT_DIR) {
+            const QByteArray n(name);
+            if (m_ownFolders.isEmpty() || !isOwnFolder(fd, name, e->d_ino, native + (native.endsWith('/') ? "" : "/") + n))
+                folders.append(n);
         }
     }
     const int err = errno;
     closedir(dir);
     if (err != 0)
         RaiseVbError(listingError(err));
-    return out;
+    return folders;
 }
 
-QStringList MediaWalker::AllFiles(const QString &folder)
+MediaWalker::Files MediaWalker::AllFiles(const Folder &folder)
 {
-    return filesOf(folder).stored;
-}
-
-void MediaWalker::classifyAll(const Files &files)
-{
-    for (qsizetype i = 0; i < files.stored.size(); ++i)
-        classify(files.stored[i], files.names[i].isNull() ? QString() : files.realFolder + files.names[i]);
-}
-
-MediaWalker::Files MediaWalker::filesOf(const QString &folder)
-{
-    // Upper case maps character by character, so the folder's part is done once for all its files.
-    const QString upperFolder = upperPath(QString(), folder);
     Files out;
-    out.realFolder = folder.isEmpty() ? QDir::currentPath() + kSlash : folder;
-    // Each stored path is made straight from the name's bytes; the name itself is kept only for the
-    // files whose real path the classification needs (the archive candidates).
-    const FileSink sink = [&](const char *raw) {
-        const auto length = static_cast<qsizetype>(std::strlen(raw));
-        QString stored;
-        QString name;
-        if (std::all_of(raw, raw + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
-            stored.resize(upperFolder.size() + length);
-            QChar *d = std::copy(upperFolder.cbegin(), upperFolder.cend(), stored.data());
-            for (qsizetype i = 0; i < length; ++i) {
-                const char c = raw[i];
-                d[i] = QChar(char16_t(c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c));
-            }
-        } else {
-            name = decodeName(raw);
-            stored = upperPath(upperFolder, name);
-        }
-        if (ClassifyTail(stored) == FileTail::ArchiveCandidate && name.isNull())
-            name = QString::fromLatin1(raw, length);
+    const QByteArray base = folder.native.isEmpty() ? QFile::encodeName(QDir::currentPath()) + '/' : folder.native;
+    const int32_t folderNumber = RegisterScanFolder(base);
+    const FileSink sink = [&](const char *raw, qsizetype length) {
+        const QByteArrayView name(raw, length);
+        QString stored = StoredPath(folder.stored, name);
+        RegisterScanFile(stored, folderNumber, name);
         ++gFilesScanned;
-        if (m_display.currentAction) {
-            // The label cuts by position: the stored path gives the same cut unless the case change
-            // altered the length (a German sharp s, say).
-            const bool sameLength = name.isNull() || stored.size() == folder.size() + name.size();
-            m_display.currentAction(sameLength ? ShortenPath(stored, m_maxPathLabel)
-                                               : ShortenPath(folder + name, m_maxPathLabel).toUpper());
-        }
+        if (m_display.currentAction)
+            m_display.currentAction(ShortenPath(stored, m_maxPathLabel));
+        // The real path is kept only for the files whose content the classification reads.
+        out.natives.append(ClassifyTail(stored) == FileTail::ArchiveCandidate ? base + name.toByteArray() : QByteArray());
         out.stored.append(std::move(stored));
-        out.names.append(std::move(name));
     };
-    const Listing l = list(folder, true, sink);
+    const QList<QByteArray> folders = list(folder, sink);
     // The subfolders come with the same listing; the walk of this folder's subfolders takes them.
-    m_lastListed = folder.endsWith(kSlash) && folder.size() > 1 ? folder.chopped(1) : folder;
-    m_lastListedFolders = l.folders;
-    RegisterRealFolder(upperFolder, folder.isEmpty() ? QString() : folder);
+    m_lastListed = folder.native;
+    m_lastListedValid = true;
+    m_lastListedFolders = folders;
     pump();
     return out;
 }
 
-int32_t MediaWalker::NumFilesInPath(const QString &path)
+int32_t MediaWalker::NumFilesInPath(const Folder &folder)
 {
     try {
-        return static_cast<int32_t>(list(path, false).files.size());
+        int32_t count = 0;
+        list(folder, [&](const char *, qsizetype) { ++count; });
+        return count;
     } catch (const VbError &) {
         return 0; // no handle, no files
     }
@@ -285,78 +259,88 @@ void MediaWalker::ListTopFolders()
 {
     ResetList(m_topFolders);
     m_topFolderSet.clear();
-    const QString base = m_dirPath;
-    QStringList names;
+    QList<QByteArray> names;
     try {
-        names = subFolderNames(base);
+        names = subFolderNames(m_dir);
     } catch (const VbError &) {
         return; // an unreadable folder lists nothing
     }
     for (int i = 0; i < names.size(); ++i) {
-        const QString full = base.endsWith(kSlash) ? base + names[i] : base + kSlash + names[i];
+        const Folder f = sub(m_dir, names[i]);
+        const QString full = f.shown.chopped(1);
         if (i == 0)
             m_topFolders[0] = full;
         else
             m_topFolders.append(full);
-        m_topFolderSet.insert(full);
+        m_topFolderSet.insert(f.native);
     }
 }
 
-QStringList MediaWalker::subFolderNames(const QString &folder)
+QList<QByteArray> MediaWalker::subFolderNames(const Folder &folder)
 {
-    const QString key = folder.endsWith(kSlash) && folder.size() > 1 ? folder.chopped(1) : folder;
-    if (!m_lastListed.isNull() && key == m_lastListed)
+    if (m_lastListedValid && folder.native == m_lastListed)
         return m_lastListedFolders;
-    return list(folder, true).folders;
+    return list(folder, [](const char *, qsizetype) {});
 }
 
-bool MediaWalker::FileIsCompressed(const QString &path)
-{
-    return isArchive(RealPath(path));
-}
-
-bool MediaWalker::isArchive(const QString &real)
+bool MediaWalker::FileIsCompressed(const QString &stored, const QByteArray &native)
 {
     try {
-        return m_expander.ReadContents(real) == 0;
+        return m_expander.ReadContents(native) == 0;
     } catch (const VbError &e) {
         if (e.number != VbErr::SetNotPermitted)
             MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
                        QStringLiteral(" while reading Zip file.  Zip file will be ignored"),
-                   vbExclamation);
+                   vbExclamation, QString(),
+                   stored + QStringLiteral(": not expanded, it cannot be read as an archive (") + e.description +
+                       QLatin1Char(')'));
         return false;
     }
 }
 
-void MediaWalker::expandArchive(const QString &stored, const QString &real)
+void MediaWalker::expandArchive(const QString &stored, const QByteArray &native)
 {
     if (m_display.compressedFile)
         m_display.compressedFile(QStringLiteral("Decompressing ") + FileNameOnly(stored));
     if (m_display.currentAction)
         m_display.currentAction(ShortenPath(stored, m_maxPathLabel).toUpper());
     pump();
-    m_expander.Expand(real, ArchiveTargetFolder(stored));
+    m_expander.Expand(native, ArchiveTargetFolder(native));
     // The listing taken before this expansion may no longer hold every subfolder.
-    m_lastListed = QString();
-    if (!m_expander.warnings().isEmpty())
+    m_lastListedValid = false;
+    const QStringList &warnings = m_expander.warnings();
+    if (!warnings.isEmpty()) {
+        QStringList detail;
+        for (const QString &w : warnings)
+            detail.append(stored + QStringLiteral(": ") + w);
+        if (m_expander.warningsLeftOut() > 0)
+            detail.append(stored + QStringLiteral(": ") + QString::number(m_expander.warningsLeftOut()) +
+                          QStringLiteral(" more members not extracted"));
         MsgBox(QStringLiteral("Not everything in ") + FileNameOnly(stored) + QStringLiteral(" was extracted:\n\n") +
-                   WarningLines(m_expander.warnings()),
-               vbExclamation);
+                   WarningLines(warnings, m_expander.warningsLeftOut()),
+               vbExclamation, QString(), detail.join(QLatin1Char('\n')));
+    }
     if (m_display.zipProgress)
         m_display.zipProgress(0);
     if (m_display.compressedFile)
         m_display.compressedFile(QString());
 }
 
-void MediaWalker::classify(const QString &stored, const QString &real)
+void MediaWalker::classifyAll(const Files &files)
+{
+    for (qsizetype i = 0; i < files.stored.size(); ++i)
+        classify(files.stored[i], files.natives[i]);
+}
+
+void MediaWalker::classify(const QString &stored, const QByteArray &native)
 {
     switch (ClassifyTail(stored)) {
     case FileTail::Recognised:
         AppendToList(gMediaFiles, stored);
         break;
     case FileTail::ArchiveCandidate:
-        if (isArchive(real))
-            expandArchive(stored, real);
+        if (FileIsCompressed(stored, native))
+            expandArchive(stored, native);
         // Recognised whether it expanded or not.
         AppendToList(gMediaFiles, stored);
         break;
@@ -367,51 +351,64 @@ void MediaWalker::classify(const QString &stored, const QString &real)
         AppendToList(gExternalFiles, stored);
 }
 
-void MediaWalker::ScanRootFiles(const QString &startPath)
+void MediaWalker::ScanRootFiles(const Folder &start)
 {
     if (m_display.busy)
         m_display.busy(true);
-    classifyAll(filesOf(startPath));
+    const Files files = AllFiles(start);
+    m_startListed = true;
+    classifyAll(files);
     showCount();
     ScanSubFolders();
     if (m_display.busy)
         m_display.busy(false);
 }
 
-void MediaWalker::ScanMedia(const QString &startPath)
+void MediaWalker::ScanMedia(const Folder &start)
 {
-    ScanRootFiles(startPath);
+    ScanRootFiles(start);
 }
 
 void MediaWalker::ScanSubFolders()
 {
+    const Folder here = m_dir;
+    QList<Folder> subFolders;
+    int i = 0;
     try {
-        const QString here = m_dirPath;
-        const QStringList names = subFolderNames(here);
-        QStringList subFolders;
+        const QList<QByteArray> names = subFolderNames(here);
         subFolders.reserve(names.size());
-        for (const QString &n : names)
-            subFolders.append(here.endsWith(kSlash) ? here + n : here + kSlash + n);
+        for (const QByteArray &n : names)
+            subFolders.append(sub(here, n));
         pump();
-        for (int i = 0; i < subFolders.size() && !m_cancelled; ++i) {
-            const QString back = m_dirPath;
-            const QString sub = subFolders[i];
-            if (sub.isEmpty())
-                break;
-            classifyAll(filesOf(sub + kSlash));
-            m_dirPath = sub;
-            if (m_showProgress && m_topFolderSet.contains(sub)) {
+        for (; i < subFolders.size() && !m_cancelled; ++i) {
+            const Folder back = m_dir;
+            const Folder &folder = subFolders[i];
+            classifyAll(AllFiles(folder));
+            m_dir = folder;
+            m_dirPath = folder.shown.chopped(1);
+            if (m_showProgress && m_topFolderSet.contains(folder.native)) {
                 const double percent = double(m_topFoldersDone) / m_topFolders.size() * 100.0;
                 if (m_display.progress)
                     m_display.progress(static_cast<int>(std::nearbyint(std::min(percent, 100.0))));
                 ++m_topFoldersDone;
             }
             ScanSubFolders();
-            m_dirPath = back;
+            m_dir = back;
+            m_dirPath = back.shown.size() > 1 ? back.shown.chopped(1) : back.shown;
             showCount();
         }
     } catch (const VbError &e) {
-        MsgBox(QStringLiteral("Error ") + QString::number(e.number), vbExclamation);
+        // This level of the walk ends here; the level above goes on.
+        const auto shown = [](const Folder &f) { return f.shown.size() > 1 ? f.shown.chopped(1) : f.shown; };
+        const QString failed = shown(i < subFolders.size() ? subFolders[i] : here);
+        const qsizetype after = subFolders.size() - i - 1;
+        QString detail = failed + QStringLiteral(": the folder cannot be read (") + e.description +
+                         QStringLiteral("); it was left out");
+        if (i < subFolders.size() && after > 0)
+            detail += QStringLiteral(", and with it the ") + QString::number(after) +
+                      (after == 1 ? QStringLiteral(" folder") : QStringLiteral(" folders")) +
+                      QStringLiteral(" after it in ") + shown(here);
+        MsgBox(QStringLiteral("Error ") + QString::number(e.number), vbExclamation, QString(), detail);
     }
 }
 
@@ -419,6 +416,7 @@ void MediaWalker::ScanFiles()
 {
     m_maxPathLabel = 40;
     m_cancelled = false;
+    m_startListed = false;
     m_expander.setAbort(false);
     m_expander.ResetScanTotal();
     pump();
@@ -426,31 +424,42 @@ void MediaWalker::ScanFiles()
     ResetList(gMediaFiles);
     ResetList(gExternalFiles);
     ClearRealPaths();
-    m_lastListed = QString();
+    m_lastListedValid = false;
+    m_dir = m_volume;
+    m_dirPath = m_volume.shown;
 
-    QString startPath;
+    // KEVRO's own folders lie outside every disc: a volume that holds them is walked without them.
+    m_ownFolders.clear();
+    for (const QString &own : {AppPath(), ExtractFolder()}) {
+        struct stat st;
+        const QByteArray path = QFile::encodeName(QDir(own).canonicalPath());
+        if (!path.isEmpty() && ::stat(path.constData(), &st) == 0)
+            m_ownFolders.append({st.st_dev, st.st_ino, path});
+    }
+
+    Folder start; // without the pre-scan the root listing runs on the process's current folder
     if (m_showProgress) {
         if (m_display.stage)
             m_display.stage(QStringLiteral("Pre-scanning media..."));
         m_preScanFileCount = 0;
-        startPath = m_dirPath.left(VolumeRootOf(m_dirPath).size());
-        m_dirPath = startPath;
+        start = m_dir;
         ListTopFolders();
-        m_preScanFileCount += NumFilesInPath(startPath);
+        m_preScanFileCount += NumFilesInPath(start);
     }
 
     if (m_display.stage)
         m_display.stage(QStringLiteral("Scanning media..."));
     m_topFoldersDone = 0;
-    // Without the pre-scan the start path stays empty and the root listing runs on the current folder.
-    ScanMedia(startPath);
+    ScanMedia(start);
 
     if (m_display.stage)
         m_display.stage(QStringLiteral("Processing archive files..."));
+    m_ownFolders.clear();
     m_dirPath = ExtractFolder() + kSlash;
+    m_dir = {QFile::encodeName(m_dirPath), StoredText(m_dirPath), m_dirPath};
     ListTopFolders();
     m_topFoldersDone = 0;
-    ScanMedia(m_dirPath);
+    ScanMedia(m_dir);
 
     showCount();
 }

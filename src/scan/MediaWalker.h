@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <functional>
 
@@ -22,9 +24,10 @@ struct KindsToReview {
 };
 QString FirstReviewScreen(const KindsToReview &kinds);
 
-// The target folder of an archive found at a stored path: the extract folder, then the path without
-// its volume root. The archive's own name becomes a folder name, so no two archives of a scan clash.
-QString ArchiveTargetFolder(const QString &storedArchivePath);
+// The target folder of an archive found at a real path: the extract folder, then the path without its
+// volume root. The archive's own name becomes a folder name, so no two archives of a scan clash (two
+// whose stored paths are equal keep their own folders, as their real names differ).
+QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath);
 
 // The walk of one volume: every file of every folder, depth first, into gMediaFiles or gExternalFiles,
 // archives expanded as they are met, then the extract folder walked the same way. It works without a
@@ -65,39 +68,43 @@ public:
     int32_t TopFoldersDone() const { return m_topFoldersDone; }
     const QStringList &TopFolders() const { return m_topFolders; }
 
-    // The parts of the walk, public as on the scanning screen.
-    QStringList AllFiles(const QString &folder);
-    int32_t NumFilesInPath(const QString &path);
-    bool FileIsCompressed(const QString &path);
-    void ScanMedia(const QString &startPath);
-    void ScanRootFiles(const QString &startPath);
-    void ScanSubFolders();
-    void ListTopFolders();
+    // True once the start folder's own files were listed: a failure after that is no failure of the
+    // volume but of the extract folder's pass.
+    bool StartFolderListed() const { return m_startListed; }
 
     ArchiveExpander &Expander() { return m_expander; }
 
 private:
-    struct Listing {
-        QStringList files;   // names of the folder's files, in the file system's order
-        QStringList folders; // names of its subfolders, same order
+    // A folder of the walk: the file system's bytes, its stored form and its path as shown, each with
+    // the trailing "/" (the stored form of the process's current folder is "").
+    struct Folder {
+        QByteArray native;
+        QString stored;
+        QString shown;
     };
-    // A folder's entries in the file system's order; with a sink, each file's raw name goes to it
-    // instead of the list.
-    using FileSink = std::function<void(const char *name)>;
-    Listing list(const QString &folder, bool foldersToo, const FileSink &sink = {});
-    // The files of a folder as stored paths; the real name of each archive candidate beside its path
-    // (a null text for the others).
+    Folder sub(const Folder &parent, const QByteArray &name) const;
+    // A folder's regular files go to the sink, its subfolders (KEVRO's own folders left out) to the
+    // result, in the file system's order; links, pipes, sockets and devices are passed over.
+    using FileSink = std::function<void(const char *name, qsizetype length)>;
+    QList<QByteArray> list(const Folder &folder, const FileSink &sink);
+    // The files of a folder as stored paths; the real path of each archive candidate beside its path
+    // (empty for the others).
     struct Files {
         QStringList stored;
-        QStringList names;
-        QString realFolder;
+        QList<QByteArray> natives;
     };
-    Files filesOf(const QString &folder);
+    Files AllFiles(const Folder &folder);
+    int32_t NumFilesInPath(const Folder &folder);
+    void ScanMedia(const Folder &start);
+    void ScanRootFiles(const Folder &start);
+    void ScanSubFolders();
+    void ListTopFolders();
+    QList<QByteArray> subFolderNames(const Folder &folder);
     void classifyAll(const Files &files);
-    QStringList subFolderNames(const QString &folder);
-    void classify(const QString &stored, const QString &real);
-    void expandArchive(const QString &stored, const QString &real);
-    bool isArchive(const QString &real); // FileIsCompressed on a real path
+    void classify(const QString &stored, const QByteArray &native);
+    void expandArchive(const QString &stored, const QByteArray &native);
+    bool FileIsCompressed(const QString &stored, const QByteArray &native);
+    bool isOwnFolder(int dirFd, const char *name, ino_t inode, const QByteArray &path) const;
     void pump();
     void showCount();
 
@@ -105,13 +112,24 @@ private:
     ArchiveExpander m_expander;
     bool m_showProgress = true;
     bool m_cancelled = false;
+    bool m_startListed = false;
     int32_t m_preScanFileCount = 0;
     int32_t m_topFoldersDone = 0;
     QStringList m_topFolders{QString()};
-    QSet<QString> m_topFolderSet; // the same paths, for the look-up at each folder
+    QSet<QByteArray> m_topFolderSet; // the same folders' bytes, for the look-up at each folder
     int16_t m_maxPathLabel = 40;
-    QString m_dirPath; // the working folder, with its trailing separator for a root
+    Folder m_volume;   // the volume's root
+    Folder m_dir;      // the working folder
+    QString m_dirPath; // its path as shown, with the trailing separator for a root
+    // The application folder and the extract folder are no part of a volume that holds them.
+    struct Identity {
+        dev_t device;
+        ino_t inode;
+        QByteArray path;
+    };
+    QList<Identity> m_ownFolders;
     // Subfolders seen by the last listing of a folder, handed to the walk of that folder's subfolders.
-    QString m_lastListed;
-    QStringList m_lastListedFolders;
+    QByteArray m_lastListed;
+    bool m_lastListedValid = false;
+    QList<QByteArray> m_lastListedFolders;
 };

@@ -5,6 +5,7 @@
 #include "controls/Pictures.h"
 #include "controls/ScreenParts.h"
 #include "platform/MsgBox.h"
+#include "platform/Paths.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
@@ -106,8 +107,10 @@ void frmScanDisc::Form_QueryUnload(int &, int unloadMode)
 
 void frmScanDisc::Drive1_Change()
 {
-    // Touches the new volume, as asking for its current folder did; nothing catches a failure here.
-    if (!QFileInfo(Drive1->Drive()).isDir())
+    // Touches the new volume, as asking for its current folder did; nothing catches a failure here. An
+    // empty optical drive is a drive all the same: Next tells the operator it holds no disc.
+    const QString drive = Drive1->Drive();
+    if (!QFileInfo(drive).isDir() && !IsEmptyDrive(drive))
         RaiseVbError(VbErr::DeviceUnavailable);
 }
 

@@ -152,13 +152,18 @@ void frmScanProgress::ScanFiles()
     m_walker.setShowProgress(Forms::get<frmScanDisc>()->chkShowProgressBar->isChecked());
     try {
         m_walker.ScanFiles();
-    } catch (...) {
         showPendingLabels();
-        throw;
+        lblFilesScannedNumber->setText(QString::number(gFilesScanned));
+        ShowNextScreen();
+    } catch (const VbError &e) {
+        showPendingLabels();
+        // Only a volume that fails at its start folder is the set-up screen's "not available": past that
+        // (the extract folder's pass, the evaluation as the first review screen loads) no handler
+        // expects the failure.
+        if (!m_walker.StartFolderListed())
+            throw;
+        EndWithPlatformMessage(e);
     }
-    showPendingLabels();
-    lblFilesScannedNumber->setText(QString::number(gFilesScanned));
-    ShowNextScreen();
     Unload();
 }
 

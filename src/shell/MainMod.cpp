@@ -123,12 +123,9 @@ QVariant NullToEmpty(const QVariant &value)
     return value.isNull() ? QVariant(QString()) : value;
 }
 
-bool FileExists(const QString &path)
+bool FileExists(const QString &path, int occurrence)
 {
-    if (path.isEmpty())
-        return false;
-    const QFileInfo info(RealPath(path));
-    return info.exists() || info.isSymLink();
+    return InfoOf(path, occurrence).exists;
 }
 
 namespace {
@@ -165,12 +162,12 @@ double FolderSizeBytes(const QString &folder)
     return folderSize(RealPath(folder));
 }
 
-QString FileSizeText(const QString &path)
+QString FileSizeText(const QString &path, int occurrence)
 {
-    const QFileInfo info(RealPath(path));
-    if (path.isEmpty() || !info.exists() || info.isDir())
+    const StoredFileInfo info = InfoOf(path, occurrence);
+    if (!info.exists || info.isDir)
         return QStringLiteral("Error");
-    const qint64 length = info.size();
+    const qint64 length = info.size;
     if (length == 0)
         return QStringLiteral("0 KB");
     const double kb = length / 1024.0;
@@ -191,17 +188,12 @@ bool IsInExtractFolder(const QString &path)
     return path.left(prefix.size()) == prefix;
 }
 
-QString FileIconKey(const QString &path)
+QString FileIconKey(const QString &path, int occurrence)
 {
     QString key;
     const bool inArchive = IsInExtractFolder(path);
-    bool hidden = false;
-    try {
-        ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] { hidden = IsHiddenFile(RealPath(path)); });
-    } catch (const VbError &e) {
-        MsgBox(QStringLiteral("Error ") + QString::number(e.number) + QStringLiteral(" occured."), vbExclamation);
-        return key;
-    }
+    // A file that is not there (any more) is simply not marked hidden.
+    const bool hidden = InfoOf(path, occurrence).hidden;
     if (inArchive)
         key = QStringLiteral("Zip");
     else if (hidden)

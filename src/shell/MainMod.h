@@ -45,10 +45,11 @@ QString ShortenPath(const QString &path, int16_t max);
 QString ReplaceIllegalFileChars(const QString &text);
 QString RemoveApostrophes(const QString &text);
 QVariant NullToEmpty(const QVariant &value);
-bool FileExists(const QString &path);
+// The file of a stored path (its occurrence-th one when several share the path).
+bool FileExists(const QString &path, int occurrence = 0);
 double FolderSizeBytes(const QString &folder);
-QString FileSizeText(const QString &path);
-QString FileIconKey(const QString &path);
+QString FileSizeText(const QString &path, int occurrence = 0);
+QString FileIconKey(const QString &path, int occurrence = 0);
 
 bool IsVideoFile(const QString &path);
 bool IsAudioFile(const QString &path);

@@ -66,8 +66,10 @@ const char *const Help =
     "  -h, --help               this text\n"
     "\n"
     "The application folder is the program's folder, or $KEVRO_HOME when set. The report's path is printed\n"
-    "on standard output. Warnings (a damaged archive, a folder that cannot be read) go to standard error, one\n"
-    "line each, and the job goes on. On a terminal the progress is shown on standard error; Ctrl+C cancels.\n"
+    "on standard output. Warnings go to standard error, one line each naming the folder, archive or member\n"
+    "and the reason (a damaged archive, a member not extracted, a folder that cannot be read), and the job\n"
+    "goes on. Links, pipes, sockets and devices on the volume are no files of the disc and are passed over.\n"
+    "On a terminal the progress is shown on standard error; Ctrl+C cancels.\n"
     "\n"
     "Exit codes:\n"
     "  0    the report was written\n"
@@ -105,10 +107,13 @@ int fail(int code, const QString &message)
     return code;
 }
 
-// A message box of the shared routines becomes one line on standard error, answered with its first button.
+// A message box of the shared routines becomes lines on standard error, each naming what it is about
+// and why, answered with its first button.
 int warnOnStderr(const MsgBoxRequest &box)
 {
-    std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(oneLine(box.prompt)));
+    const QStringList lines = box.detail.isEmpty() ? QStringList{box.prompt} : box.detail.split(QLatin1Char('\n'));
+    for (const QString &line : lines)
+        std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(oneLine(line)));
     return FirstButtonOf(box.style);
 }
 
@@ -358,6 +363,9 @@ int main(int argc, char **argv)
     } catch (const VbError &e) {
         progress.finish();
         ResetExtractFolder();
+        if (walker.StartFolderListed())
+            return fail(JobFailed, QStringLiteral("the scan of %1 failed in the extract folder %2: %3")
+                                       .arg(volume, ExtractFolder(), e.description));
         return fail(VolumeUnreadable, QStringLiteral("the scan of %1 failed: %2").arg(volume, e.description));
     }
     if (walker.ScanCancelled()) {

@@ -1,0 +1,338 @@
+#include "platform/StoredPaths.h"
+
+#include "platform/Paths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QList>
+
+#include <algorithm>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// A character the discs' platform could not hold in a name, or one that would change what a line of
+// the report or a grid's row says.
+bool replaced(char32_t c)
+{
+    return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == U'<' || c == U'>' || c == 0x200E || c == 0x200F ||
+           (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
+// The length of the UTF-8 sequence at p (overlong forms, surrogates and values past U+10FFFF are not
+// UTF-8), and its value; 0 when the byte at p starts none.
+int utf8Sequence(const unsigned char *p, const unsigned char *end, char32_t &value)
+{
+    const unsigned char b = *p;
+    if (b < 0x80) {
+        value = b;
+        return 1;
+    }
+    int n;
+    unsigned char lo = 0x80, hi = 0xBF;
+    if (b >= 0xC2 && b <= 0xDF) {
+        n = 2;
+        value = b & 0x1F;
+    } else if (b >= 0xE0 && b <= 0xEF) {
+        n = 3;
+        value = b & 0x0F;
+        if (b == 0xE0)
+            lo = 0xA0;
+        else if (b == 0xED)
+            hi = 0x9F;
+    } else if (b >= 0xF0 && b <= 0xF4) {
+        n = 4;
+        value = b & 0x07;
+        if (b == 0xF0)
+            lo = 0x90;
+        else if (b == 0xF4)
+            hi = 0x8F;
+    } else {
+        return 0;
+    }
+    if (end - p < n)
+        return 0;
+    for (int i = 1; i < n; ++i) {
+        const unsigned char c = p[i];
+        if (c < (i == 1 ? lo : 0x80) || c > (i == 1 ? hi : 0xBF))
+            return 0;
+        value = value << 6 | (c & 0x3F);
+    }
+    return n;
+}
+
+bool isUtf8(QByteArrayView bytes)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(bytes.data());
+    const auto *end = p + bytes.size();
+    char32_t c;
+    while (p < end) {
+        const int n = utf8Sequence(p, end, c);
+        if (n == 0)
+            return false;
+        p += n;
+    }
+    return true;
+}
+
+void appendChar(QString &out, char32_t c)
+{
+    if (replaced(c))
+        out.append(QLatin1Char('_'));
+    else if (c < 0x10000)
+        out.append(QChar(char16_t(c)));
+    else
+        out.append(QChar::fromUcs4(c));
+}
+
+// The name with every character it may not hold as "_", in its own case.
+QString cleanName(QByteArrayView name)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(name.data());
+    const auto *end = p + name.size();
+    QString out;
+    out.reserve(name.size());
+    char32_t c;
+    while (p < end) {
+        const int n = utf8Sequence(p, end, c);
+        if (n == 0) {
+            out.append(QLatin1Char('_'));
+            ++p;
+            continue;
+        }
+        appendChar(out, c);
+        p += n;
+    }
+    return out;
+}
+
+// A file the walk listed: its folder's number and its name's place in the registry's name bytes.
+struct Entry {
+    int32_t folder;
+    int32_t nameLength;
+    int64_t nameAt;
+};
+
+// The files of the scan in the walk's order; the index by stored path is made when first asked for, so
+// the walk itself pays only for appending.
+struct Registry {
+    QList<QByteArray> folders{QByteArray()};
+    QByteArray names;
+    QList<QString> stored;
+    QList<Entry> entries;
+    bool indexed = true;
+    QHash<QString, int32_t> first;                 // stored path to its first entry
+    QHash<QString, QList<int32_t>> later;          // the second, third... entries of a shared path
+    QHash<QByteArray, QString> links;              // real paths that are no UTF-8, to their links
+    int linkCount = 0;
+
+    void index()
+    {
+        if (indexed)
+            return;
+        first.clear();
+        later.clear();
+        first.reserve(stored.size());
+        for (int32_t i = 0; i < int32_t(stored.size()); ++i) {
+            const auto it = first.constFind(stored[i]);
+            if (it == first.constEnd())
+                first.insert(stored[i], i);
+            else
+                later[stored[i]].append(i);
+        }
+        indexed = true;
+    }
+
+    // The entry of a stored path's occurrence, or -1.
+    int32_t find(const QString &path, int occurrence)
+    {
+        index();
+        if (occurrence == 0) {
+            const auto it = first.constFind(path);
+            return it == first.constEnd() ? -1 : *it;
+        }
+        const auto it = later.constFind(path);
+        if (it == later.constEnd() || occurrence < 1 || occurrence > it->size())
+            return -1;
+        return (*it)[occurrence - 1];
+    }
+
+    QByteArray native(int32_t entry) const
+    {
+        const Entry &e = entries[entry];
+        return folders[e.folder] + names.sliced(e.nameAt, e.nameLength);
+    }
+    QByteArrayView name(int32_t entry) const
+    {
+        const Entry &e = entries[entry];
+        return QByteArrayView(names).sliced(e.nameAt, e.nameLength);
+    }
+};
+
+Registry &registry()
+{
+    static Registry r;
+    return r;
+}
+
+// A path no walk registered: as it is when it exists, else one name at a time, taking the first entry
+// whose name matches without regard to case.
+QString resolveByName(const QString &stored)
+{
+    if (stored.isEmpty() || QFileInfo::exists(stored) || !stored.startsWith(QLatin1Char('/')))
+        return stored;
+    QString current = QStringLiteral("/");
+    const QStringList parts = stored.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    for (const QString &part : parts) {
+        const QString exact = QDir(current).filePath(part);
+        if (QFileInfo::exists(exact)) {
+            current = exact;
+            continue;
+        }
+        const QStringList entries =
+            QDir(current).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        auto match = std::find_if(entries.begin(), entries.end(),
+                                  [&](const QString &e) { return e.compare(part, Qt::CaseInsensitive) == 0; });
+        if (match == entries.end())
+            return stored;
+        current = QDir(current).filePath(*match);
+    }
+    return current;
+}
+
+// A link to a real path whose bytes no QString can hold, below the extract folder.
+QString linkTo(const QByteArray &native)
+{
+    Registry &r = registry();
+    const auto known = r.links.constFind(native);
+    if (known != r.links.constEnd() && QFileInfo(*known).isSymLink())
+        return *known;
+    const qsizetype slash = native.lastIndexOf('/');
+    QString folder;
+    do // a folder of its own for each link: two such files may share a name
+        folder = AppPath() + QStringLiteral("/extract/.names/") + QString::number(++r.linkCount);
+    while (QFileInfo::exists(folder));
+    const QString link = folder + QLatin1Char('/') + cleanName(QByteArrayView(native).sliced(slash + 1));
+    if (!QDir().mkpath(folder) || ::symlink(native.constData(), QFile::encodeName(link).constData()) != 0)
+        return QString::fromUtf8(native); // cannot be reached; opening it fails as for a missing file
+    r.links.insert(native, link);
+    return link;
+}
+
+} // namespace
+
+QString StoredPath(const QString &storedFolder, QByteArrayView name)
+{
+    // Most names on a disc are plain ASCII: no decoding, no case tables, one piece of memory.
+    const qsizetype n = name.size();
+    QString out(storedFolder.size() + n, Qt::Uninitialized);
+    QChar *d = std::copy(storedFolder.cbegin(), storedFolder.cend(), out.data());
+    for (qsizetype i = 0; i < n; ++i) {
+        const auto c = static_cast<unsigned char>(name[i]);
+        if (c >= 0x80)
+            return storedFolder + cleanName(name).toUpper();
+        d[i] = c < 0x20 || c == 0x7F || c == '<' || c == '>' ? QLatin1Char('_')
+               : c >= 'a' && c <= 'z'                       ? QChar(char16_t(c - ('a' - 'A')))
+                                                            : QChar(char16_t(c));
+    }
+    return out;
+}
+
+QString StoredName(QByteArrayView name)
+{
+    return StoredPath(QString(), name);
+}
+
+QString StoredText(const QString &text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (const char32_t c : text.toUcs4())
+        appendChar(out, c);
+    return out.toUpper();
+}
+
+int32_t RegisterScanFolder(const QByteArray &nativeFolder)
+{
+    Registry &r = registry();
+    r.folders.append(nativeFolder);
+    return int32_t(r.folders.size() - 1);
+}
+
+void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nativeName)
+{
+    Registry &r = registry();
+    r.entries.append({folder, int32_t(nativeName.size()), r.names.size()});
+    r.names.append(nativeName);
+    r.stored.append(stored);
+    r.indexed = false;
+}
+
+void RegisterRealPath(const QString &stored, const QString &real)
+{
+    RegisterScanFile(stored, 0, QFile::encodeName(real));
+}
+
+void ClearRealPaths()
+{
+    registry() = Registry();
+}
+
+int StoredPathCount(const QString &stored)
+{
+    Registry &r = registry();
+    r.index();
+    if (!r.first.contains(stored))
+        return 0;
+    const auto it = r.later.constFind(stored);
+    return 1 + (it == r.later.constEnd() ? 0 : int(it->size()));
+}
+
+QByteArray NativePath(const QString &stored, int occurrence)
+{
+    Registry &r = registry();
+    const int32_t e = r.find(stored, occurrence);
+    if (e >= 0)
+        return r.native(e);
+    return QFile::encodeName(resolveByName(stored));
+}
+
+QString RealPath(const QString &stored, int occurrence)
+{
+    const QByteArray native = NativePath(stored, occurrence);
+    return isUtf8(native) ? QString::fromUtf8(native) : linkTo(native);
+}
+
+StoredFileInfo InfoOf(const QString &stored, int occurrence)
+{
+    StoredFileInfo info;
+    if (stored.isEmpty())
+        return info;
+    Registry &r = registry();
+    const int32_t e = r.find(stored, occurrence);
+    struct stat st;
+    // A listed file is a regular file of the disc; what stands there now is never followed elsewhere.
+    const QByteArray native = e >= 0 ? r.native(e) : QFile::encodeName(resolveByName(stored));
+    if ((e >= 0 ? ::lstat(native.constData(), &st) : ::stat(native.constData(), &st)) != 0)
+        return info;
+    if (e >= 0 && !S_ISREG(st.st_mode))
+        return info;
+    info.exists = true;
+    info.isDir = S_ISDIR(st.st_mode);
+    info.size = int64_t(st.st_size);
+    const QByteArrayView name = e >= 0 ? r.name(e) : QByteArrayView(native).sliced(native.lastIndexOf('/') + 1);
+    info.hidden = name.startsWith('.');
+    return info;
+}
+
+int Occurrences::operator()(const QString &stored)
+{
+    Registry &r = registry();
+    r.index();
+    if (r.later.isEmpty() || !r.later.contains(stored))
+        return 0;
+    return m_seen[stored]++;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QHash>
+#include <QString>
+
+#include <cstdint>
+
+// A stored path is the text a file of the scan is known by: upper case, and free of what a name may
+// hold on this platform but could not on the discs' own (control characters, "<" and ">", Unicode
+// direction controls, bytes that are not UTF-8; each becomes "_"). So a name can neither add a line to
+// the report, bring markup into it, shift a grid's columns, nor disguise its tail. Two files can come
+// to share one stored path (names that differ in case or in such characters): they stay two entries of
+// the lists, the first, second, ... occurrence of that text in the walk's order, each reaching its own
+// file.
+
+// The stored form of one name as the file system gives it (bytes), and the stored path of a name in a
+// folder whose stored form (separator included) is known.
+QString StoredName(QByteArrayView name);
+QString StoredPath(const QString &storedFolder, QByteArrayView name);
+// The same rule on a text already decoded: a volume root, the application folder.
+QString StoredText(const QString &text);
+
+// The walk registers every file it lists: its stored path and the file system's bytes of its real path,
+// in the walk's order. A folder's bytes are registered once and shared by its files.
+int32_t RegisterScanFolder(const QByteArray &nativeFolder); // with its trailing "/"; returns its number
+void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nativeName);
+// A single file by its real path, for a file that no walk registered.
+void RegisterRealPath(const QString &stored, const QString &real);
+// Forgets every registered file (a new scan).
+void ClearRealPaths();
+
+// How many registered files share a stored path (0 for one no walk registered).
+int StoredPathCount(const QString &stored);
+
+// The real file behind a stored path, as bytes for the file system. A path no walk registered is taken
+// as it is when it exists, else resolved folder by folder without regard to case.
+QByteArray NativePath(const QString &stored, int occurrence = 0);
+// The same as a path every Qt class can open: a real path whose bytes are not UTF-8 is reached through
+// a link in the extract folder (made once, emptied with the extract folder).
+QString RealPath(const QString &stored, int occurrence = 0);
+
+// What the screens and the report need to know of a listed file without opening it.
+struct StoredFileInfo {
+    bool exists = false; // a file or folder is there
+    bool isDir = false;
+    bool hidden = false; // its name begins with "."
+    int64_t size = 0;
+};
+StoredFileInfo InfoOf(const QString &stored, int occurrence = 0);
+
+// Numbers the entries of a list that share a stored path, in the list's order: the first gets 0, the
+// second 1. With no shared path in the scan every entry gets 0 at the cost of one look-up.
+class Occurrences final
+{
+public:
+    int operator()(const QString &stored);
+
+private:
+    QHash<QString, int> m_seen;
+};
