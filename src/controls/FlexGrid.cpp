@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 
@@ -64,6 +65,12 @@ FlexGrid::FlexGrid(QWidget *parent) : QTableView(parent), m_model(new FlexGridMo
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex &cur) {
         if (m_syncing || !cur.isValid())
             return;
+        // Only the keys that move the current cell are the operator's. The view also makes a cell current
+        // by itself (focus coming in as the window is activated, rows going), which moves nothing here.
+        if (!m_keyMove) {
+            showSelection();
+            return;
+        }
         setCurrent(cur.row() + m_model->visibleFixed(), cur.column(), true);
     });
 }
@@ -153,6 +160,9 @@ void FlexGrid::setFixedRows(int rows)
     if (rows < 0 || rows > Rows())
         throw MakeVbError(VbErr::InvalidPropertyValue);
     m_model->fixedRows = rows;
+    // The current cell stays off the fixed rows, as it does when the operator moves it.
+    if (m_row < rows && rows < Rows())
+        m_row = m_rowSel = rows;
     refresh(true);
 }
 
@@ -167,8 +177,11 @@ void FlexGrid::setCurrent(int row, int col, bool fromUser)
         showSelection();
     else if (m_selectionMode != flexSelectionFree)
         showSelection();
-    if (moved)
+    if (moved) {
+        m_byOperator = true;
         Q_EMIT RowColChange();
+        m_byOperator = false;
+    }
 }
 
 void FlexGrid::setRow(int row)
@@ -231,6 +244,8 @@ void FlexGrid::showSelection()
         sel.select(m_model->index(r0, c0), m_model->index(std::min(r1, m_model->rowCount() - 1), c1));
     if (m_row >= fixed && m_row - fixed < m_model->rowCount() && m_col < m_model->cols)
         selectionModel()->setCurrentIndex(m_model->index(m_row - fixed, m_col), QItemSelectionModel::NoUpdate);
+    else
+        selectionModel()->clearCurrentIndex(); // a key then moves to the first row below the heading
     // The grid draws its own highlight; the view's own selection mode stays off for the mouse.
     selectionModel()->select(sel, QItemSelectionModel::ClearAndSelect);
     m_syncing = false;
@@ -651,9 +666,11 @@ void FlexGrid::keyPressEvent(QKeyEvent *event)
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
     case Qt::Key_Home:
-    case Qt::Key_End:
+    case Qt::Key_End: {
+        const QScopedValueRollback<bool> keys(m_keyMove, true);
         QTableView::keyPressEvent(event);
         break;
+    }
     default:
         event->accept();
     }

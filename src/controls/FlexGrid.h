@@ -44,6 +44,9 @@ public:
     void setFixedRows(int rows);
 
     int Row() const { return m_row; }
+    // True while RowColChange comes from the operator: a click on a cell or a key that moves the current
+    // cell. Code that sets Row or Col, a fill, a sort, focus or the window's activation move it otherwise.
+    bool MovedByOperator() const { return m_byOperator; }
     void setRow(int row);
     int Col() const { return m_col; }
     void setCol(int col);
@@ -147,6 +150,8 @@ private:
     bool m_pendingReset = false;
     bool m_syncing = false;
     bool m_pressed = false;
+    bool m_keyMove = false;    // a key that moves the current cell is being handled
+    bool m_byOperator = false; // RowColChange is being sent for the operator's move
     int m_selectionMode = flexSelectionFree;
     QString m_toolTip;
     QList<long> m_colWidths; // twips, -1 the default

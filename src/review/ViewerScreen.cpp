@@ -71,6 +71,9 @@ ViewerScreen::ViewerScreen(const char *objectName, const QString &title, const K
     PlaceTw(cmdNext, width - 1620, height - 720, 1260, 450);
 
     On(m_grid, &FlexGrid::RowColChange, this, [this] { rowChanged(); });
+    m_heldStill = {m_grid, m_grid->viewport(), cmdNext, cmdPrevious};
+    for (QObject *o : m_heldStill)
+        o->installEventFilter(this);
     On(m_grid, &FlexGrid::MouseUp, this, [this](int button) { gridMouseUp(button); });
     On(m_grid, &FlexGrid::MouseMove, this, [this](int button) { gridMouseMove(button); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { ExitApplication(); });
@@ -270,10 +273,42 @@ void ViewerScreen::TickRow()
 
 void ViewerScreen::rowChanged()
 {
-    if (m_busy || m_grid->Rows() < 2 || m_grid->Row() < 1)
+    // Only the operator opens a row: focus, activation, a fill, a sort or code moving the row open nothing.
+    if (m_busy || !m_grid->MovedByOperator() || m_grid->Rows() < 2 || m_grid->Row() < 1)
         return;
     const QScopedValueRollback<bool> busy(m_busy, true);
+    OpenRow();
+}
+
+void ViewerScreen::OpenRow()
+{
+    // A player waits for its file and lets events through meanwhile: until the row is opened and ticked,
+    // a click or key on the grid or on the chain's buttons would open, tick or count another row.
+    const QScopedValueRollback<bool> opening(m_opening, true);
     SelectRow();
+}
+
+bool ViewerScreen::HasDataRow() const
+{
+    return m_grid->Rows() > 1 && m_grid->Row() >= 1;
+}
+
+bool ViewerScreen::eventFilter(QObject *watched, QEvent *event)
+{
+    if (m_opening && m_heldStill.contains(watched)) {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::Shortcut:
+            return true;
+        default:
+            break;
+        }
+    }
+    return Form::eventFilter(watched, event);
 }
 
 void ViewerScreen::gridMouseUp(int button)
@@ -314,7 +349,7 @@ void ViewerScreen::gridMouseMove(int button)
     const QScopedValueRollback<bool> busy(m_busy, true);
     g->setRow(g->RowSel());
     if (g->Row() >= 1)
-        SelectRow();
+        OpenRow();
 }
 
 void ViewerScreen::WriteCheckedLabel()

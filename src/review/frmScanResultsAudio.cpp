@@ -58,6 +58,8 @@ frmScanResultsAudio::frmScanResultsAudio()
     });
     On(mnuContextOpenInDefaultPlayer, &QAction::triggered, this, [this] { openWithDefaultProgram(); });
     On(mnuContextCopyPathToClipboard, &QAction::triggered, this, [this] {
+        if (!HasDataRow())
+            return;
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setText(RowPath());
     });
@@ -102,6 +104,8 @@ QLabel *frmScanResultsAudio::SummaryChecked(frmScanSummary *summary) const
 
 void frmScanResultsAudio::openWithDefaultProgram()
 {
+    if (!HasDataRow())
+        return;
     ResumeNext([this] { MediaPlayer1->Stop(); });
     OpenWithDefaultProgram(RowFile());
 }

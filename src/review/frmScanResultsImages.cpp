@@ -79,12 +79,17 @@ frmScanResultsImages::frmScanResultsImages()
     On(cmdMagnifyPlus, &QPushButton::clicked, this, [this] { ZoomIn(); });
     On(cmdMagnifyMinus, &QPushButton::clicked, this, [this] { ZoomOut(); });
     // Opening from the menu is no tick: only the picture shown here counts.
-    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] { OpenWithDefaultProgram(RowFile()); });
+    On(mnuContextMenuDefaultViewer, &QAction::triggered, this, [this] {
+        if (HasDataRow())
+            OpenWithDefaultProgram(RowFile());
+    });
     On(mnuContextMenuCopyImageToClipboard, &QAction::triggered, this, [this] {
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setImage(picSelectedImage->Picture());
     });
     On(mnuContextMenuCopyPathToClipboard, &QAction::triggered, this, [this] {
+        if (!HasDataRow())
+            return;
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setText(RowPath());
     });

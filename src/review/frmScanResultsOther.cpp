@@ -80,12 +80,13 @@ frmScanResultsOther::frmScanResultsOther()
         if (gridTextResults->Rows() > 0 && gridTextResults->MouseRow() > 0)
             OpenAndTick();
     });
+    // The heading row (current after the fill and after a heading sort) is no file: nothing to open.
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] {
-        if (gridTextResults->Rows() >= 1)
+        if (HasDataRow())
             OpenAndTick();
     });
     On(mnuContextAddPathToClipboard, &QAction::triggered, this, [this] {
-        if (gridTextResults->Rows() < 1)
+        if (!HasDataRow())
             return;
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setText(RowPath());

@@ -57,11 +57,11 @@ frmScanResultsText::frmScanResultsText()
             OpenWithDefaultProgram(RowFile());
     });
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] {
-        if (gridTextResults->Rows() >= 1)
+        if (HasDataRow())
             OpenWithDefaultProgram(RowFile());
     });
     On(mnuContextAddPathToClipboard, &QAction::triggered, this, [this] {
-        if (gridTextResults->Rows() < 1)
+        if (!HasDataRow())
             return;
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setText(RowPath());

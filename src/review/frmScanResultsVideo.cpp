@@ -78,6 +78,8 @@ frmScanResultsVideo::frmScanResultsVideo()
     });
     On(mnuContextOpenWithDefaultViewer, &QAction::triggered, this, [this] { openWithDefaultProgram(); });
     On(mnuContextCopyPathToClipboard, &QAction::triggered, this, [this] {
+        if (!HasDataRow())
+            return;
         QApplication::clipboard()->clear();
         QApplication::clipboard()->setText(RowPath());
     });
@@ -126,6 +128,8 @@ void frmScanResultsVideo::stopBoth()
 
 void frmScanResultsVideo::openWithDefaultProgram()
 {
+    if (!HasDataRow())
+        return;
     stopBoth();
     OpenWithDefaultProgram(RowFile());
 }
