@@ -9,9 +9,11 @@ DEBS := cmake ninja-build g++ pkg-config \
         xvfb xauth xdg-utils fonts-dejavu-core python3
 # The tests also run the catalogue against a real PostgreSQL server of their own, build executables
 # with version resources with mingw-w64's binutils and read them back with Debian's pefile; Debian's
-# distlib brings real launchers whose version block is not the one the version API reads.
+# distlib brings real launchers whose version block is not the one the version API reads. The screens whose
+# behaviour hangs on focus and activation run on a virtual display under openbox (x11-utils tells when it is up).
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
-             binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile python3-distlib
+             binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile python3-distlib \
+             openbox x11-utils
 # The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell.
 BENCH_DEBS := libarchive-tools sqlite3
 

@@ -48,6 +48,8 @@ HostileDisc::HostileDisc()
     add("photo\xe2\x80\xaegpj.exe", QStringLiteral("/PHOTO_GPJ.EXE"), "right-to-left override");
     add("bad\xff\xfename.txt", QStringLiteral("/BAD__NAME.TXT"), "not UTF-8");
     add("Sub/inner.txt", QStringLiteral("/SUB/INNER.TXT"), "inner");
+    check(::mkdir(disc + "/Dir\x01\xff", 0755) == 0, "a folder whose name is no text");
+    add("Dir\x01\xff/in.txt", QStringLiteral("/DIR__/IN.TXT"), "in a folder whose name is no text");
 
     check(::symlink("/nonexistent/target", disc + "/DANGLING.TXT") == 0, "dangling link");
     check(::symlink(out + "/passwd", disc + "/PASSWD.TXT") == 0, "link to a file outside");
@@ -70,7 +72,7 @@ HostileDisc::HostileDisc()
                                        {"Same.txt", "member mixed case"},
                                        {"SAME.TXT", "member upper case"},
                                        {"\xe2\x80\xae" "evil.txt", "member override"},
-                                       {"link.txt", {}, FixtureMember::Symlink, "/etc/passwd"}};
+                                       {"link\nkevro-check: warning: forged", {}, FixtureMember::Symlink, "/etc/passwd"}};
     WriteArchive(root() + QStringLiteral("/Data.zip"), members);
     m_files.append({QStringLiteral("/DATA.ZIP"), ReadTestFile(root() + QStringLiteral("/Data.zip")), false});
     for (const auto &[stored, contents] : {std::pair{"/DATA.ZIP/A_B.TXT", "member line feed"},
@@ -91,5 +93,5 @@ QStringList HostileDisc::NotFiles()
 {
     return {QStringLiteral("DANGLING"), QStringLiteral("PASSWD"), QStringLiteral("OUTDIR"), QStringLiteral("SECRET"),
             QStringLiteral("LOOP"),     QStringLiteral("SELF"),   QStringLiteral("FIFO"),   QStringLiteral("SOCK"),
-            QStringLiteral("LINK.TXT")};
+            QStringLiteral("FORGED")};
 }

@@ -116,6 +116,7 @@ void TestPeVersion::whatCarriesFromOneFileToTheNext()
     // Debian's own launchers carry their version block under number 102: no version information either.
     const QStringList launchers = QDir(QStringLiteral("/usr/lib/python3/dist-packages/distlib"))
                                       .entryList({QStringLiteral("*.exe")}, QDir::Files);
+    QVERIFY2(!launchers.isEmpty(), "Debian's python3-distlib is missing (make test installs it)");
     const QByteArray versionKey(reinterpret_cast<const char *>(u"VS_VERSION_INFO"), 30);
     for (const QString &name : launchers) {
         const QString path = QStringLiteral("/usr/lib/python3/dist-packages/distlib/") + name;

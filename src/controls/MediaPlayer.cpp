@@ -41,6 +41,7 @@ MediaPlayer::MediaPlayer(bool video, QWidget *parent) : QWidget(parent)
     }
     m_status = new QLabel(this);
     m_status->setAlignment(Qt::AlignCenter);
+    m_status->setTextFormat(Qt::PlainText); // a file's name is never markup
     m_status->setStyleSheet(QStringLiteral("background: #12223a; color: #f4f7fa; padding: 4px;"));
     layout->addWidget(m_status);
     makePlayer();
@@ -188,7 +189,7 @@ void MediaPlayer::showStatus()
     const QString state = m_state == Playing ? QStringLiteral("Playing") : m_state == Paused ? QStringLiteral("Paused")
                                                                                            : QStringLiteral("Stopped");
     m_status->setText(QStringLiteral("%1  %2  %3:%4")
-                          .arg(state, QFileInfo(m_fileName).fileName())
+                          .arg(state, ShownText(QFileInfo(m_fileName).fileName()))
                           .arg(ms / 60000)
                           .arg((ms / 1000) % 60, 2, 10, QLatin1Char('0')));
 }

@@ -45,6 +45,24 @@ bool isDiskVolume(const QStorageInfo &s)
 }
 } // namespace
 
+namespace {
+QStringList opticalDrives()
+{
+    QStringList drives;
+    for (const QString &d : QDir(QStringLiteral("/sys/block")).entryList({QStringLiteral("sr*")}, QDir::AllEntries))
+        drives.append(QStringLiteral("/dev/") + d);
+    return drives;
+}
+
+QString fileSystemTable()
+{
+    QFile fstab(QStringLiteral("/etc/fstab"));
+    return fstab.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(fstab.readAll()) : QString();
+}
+
+QString fstabMountPoint(const QString &drive, const QString &fstab);
+} // namespace
+
 QList<Volume> Volumes()
 {
     QList<Volume> out;
@@ -55,12 +73,7 @@ QList<Volume> Volumes()
             continue;
         out.append({s.rootPath(), s.name(), isOptical(s), QString::fromLocal8Bit(s.device()), true});
     }
-    QStringList drives;
-    for (const QString &d : QDir(QStringLiteral("/sys/block")).entryList({QStringLiteral("sr*")}, QDir::AllEntries))
-        drives.append(QStringLiteral("/dev/") + d);
-    QFile fstab(QStringLiteral("/etc/fstab"));
-    const QString table = fstab.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(fstab.readAll()) : QString();
-    out += EmptyOpticalDrives(drives, table, out);
+    out += EmptyOpticalDrives(opticalDrives(), fileSystemTable(), out);
     if (std::none_of(out.begin(), out.end(), [](const Volume &v) { return v.root == QLatin1String("/"); }))
         out.append({QStringLiteral("/"), QString(), false, QString(), true});
     std::stable_sort(out.begin(), out.end(), [](const Volume &a, const Volume &b) {
@@ -87,6 +100,21 @@ QString fstabField(const QString &field)
     }
     return out;
 }
+
+// The mount point the file-system table gives a drive, or "" when it names none.
+QString fstabMountPoint(const QString &drive, const QString &fstab)
+{
+    for (const QString &line : fstab.split(QLatin1Char('\n'))) {
+        const QStringList f = line.simplified().split(QLatin1Char(' '));
+        if (f.size() < 2 || f[0].startsWith(QLatin1Char('#')))
+            continue;
+        const QString source = fstabField(f[0]);
+        const QString canonical = QFileInfo(source).canonicalFilePath();
+        if (source == drive || (!canonical.isEmpty() && canonical == drive))
+            return fstabField(f[1]);
+    }
+    return QString();
+}
 } // namespace
 
 QList<Volume> EmptyOpticalDrives(const QStringList &drives, const QString &fstab, const QList<Volume> &mounted)
@@ -95,18 +123,9 @@ QList<Volume> EmptyOpticalDrives(const QStringList &drives, const QString &fstab
     for (const QString &drive : drives) {
         if (std::any_of(mounted.begin(), mounted.end(), [&](const Volume &v) { return v.device == drive; }))
             continue;
-        QString root = drive;
-        for (const QString &line : fstab.split(QLatin1Char('\n'))) {
-            const QStringList f = line.simplified().split(QLatin1Char(' '));
-            if (f.size() < 2 || f[0].startsWith(QLatin1Char('#')))
-                continue;
-            const QString source = fstabField(f[0]);
-            const QString canonical = QFileInfo(source).canonicalFilePath();
-            if (source == drive || (!canonical.isEmpty() && canonical == drive)) {
-                root = fstabField(f[1]);
-                break;
-            }
-        }
+        QString root = fstabMountPoint(drive, fstab);
+        if (root.isEmpty())
+            root = drive;
         if (std::none_of(mounted.begin(), mounted.end(), [&](const Volume &v) { return v.root == root; }))
             out.append({root, QStringLiteral("no disc"), true, drive, false});
     }
@@ -119,7 +138,13 @@ bool IsEmptyDrive(const QString &root)
     if (r.size() > 1 && r.endsWith(QLatin1Char('/')))
         r.chop(1);
     const QList<Volume> all = Volumes();
-    return std::any_of(all.begin(), all.end(), [&](const Volume &v) { return !v.mounted && v.root == r; });
+    if (std::any_of(all.begin(), all.end(), [&](const Volume &v) { return v.mounted && v.root == r; }))
+        return false;
+    // A drive's own mount point with nothing mounted on it, also while its disc is mounted elsewhere.
+    const QString table = fileSystemTable();
+    const QStringList drives = opticalDrives();
+    return std::any_of(drives.begin(), drives.end(), [&](const QString &d) { return fstabMountPoint(d, table) == r; }) ||
+           std::any_of(all.begin(), all.end(), [&](const Volume &v) { return !v.mounted && v.root == r; });
 }
 
 namespace {

@@ -8,6 +8,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <cerrno>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -246,13 +247,18 @@ QString StoredName(QByteArrayView name)
     return StoredPath(QString(), name);
 }
 
-QString StoredText(const QString &text)
+QString ShownText(const QString &text)
 {
     QString out;
     out.reserve(text.size());
     for (const char32_t c : text.toUcs4())
         appendChar(out, c);
-    return out.toUpper();
+    return out;
+}
+
+QString StoredText(const QString &text)
+{
+    return ShownText(text).toUpper();
 }
 
 int32_t RegisterScanFolder(const QByteArray &nativeFolder)
@@ -316,8 +322,10 @@ StoredFileInfo InfoOf(const QString &stored, int occurrence)
     struct stat st;
     // A listed file is a regular file of the disc; what stands there now is never followed elsewhere.
     const QByteArray native = e >= 0 ? r.native(e) : QFile::encodeName(resolveByName(stored));
-    if ((e >= 0 ? ::lstat(native.constData(), &st) : ::stat(native.constData(), &st)) != 0)
+    if ((e >= 0 ? ::lstat(native.constData(), &st) : ::stat(native.constData(), &st)) != 0) {
+        info.error = errno;
         return info;
+    }
     if (e >= 0 && !S_ISREG(st.st_mode))
         return info;
     info.exists = true;

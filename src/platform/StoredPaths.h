@@ -21,6 +21,9 @@ QString StoredName(QByteArrayView name);
 QString StoredPath(const QString &storedFolder, QByteArrayView name);
 // The same rule on a text already decoded: a volume root, the application folder.
 QString StoredText(const QString &text);
+// A name or path from a disc or an archive as a message or a log line shows it: the same characters
+// become "_", the case stays.
+QString ShownText(const QString &text);
 
 // The walk registers every file it lists: its stored path and the file system's bytes of its real path,
 // in the walk's order. A folder's bytes are registered once and shared by its files.
@@ -47,6 +50,7 @@ struct StoredFileInfo {
     bool isDir = false;
     bool hidden = false; // its name begins with "."
     int64_t size = 0;
+    int error = 0; // the file system's reason when the file could not be looked at (0 when it could)
 };
 StoredFileInfo InfoOf(const QString &stored, int occurrence = 0);
 

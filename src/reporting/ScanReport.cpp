@@ -338,8 +338,9 @@ bool ReportContentAll()
 
 QString ChangePathIfCompressed(const QString &path)
 {
-    const QString prefix = AppPath() + QStringLiteral("/extract");
-    if (path.left(prefix.size()) == prefix.toUpper())
+    // The stored form of the application folder and "/EXTRACT", compared exactly.
+    const QString prefix = StoredExtractFolder();
+    if (path.left(prefix.size()) == prefix)
         return QStringLiteral("Archive file: ") + path.mid(prefix.size());
     return path;
 }

@@ -9,6 +9,7 @@
 #include "platform/ShellOpen.h"
 #include "platform/Paths.h"
 #include "platform/VbError.h"
+#include "reporting/ScanReport.h"
 #include "reporting/frmScanSummary.h"
 #include "review/ReviewScreens.h"
 #include "shell/MainMod.h"
@@ -197,7 +198,7 @@ void ViewerScreen::MarkSortedRows()
 {
     // The mark texts are gone: each row's path is tested afresh, the archive's mark first.
     FlexGrid *g = m_grid;
-    const QString extract = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
+    const QString extract = StoredExtractFolder() + QLatin1Char('/');
     for (int r = 1; r < g->Rows(); ++r) {
         const QString path = g->TextMatrix(r, PathColumn);
         const bool hidden = InfoOf(path, int(g->RowData(r))).hidden;
@@ -245,11 +246,7 @@ QString ViewerScreen::RowFile() const
 QString ViewerScreen::ShowPath()
 {
     const QString path = RowPath();
-    const QString extract = AppPath() + QStringLiteral("/extract");
-    if (path.left(extract.size()) == extract.toUpper())
-        m_grid->setToolTipText(QStringLiteral("Archive file: ") + path.mid(extract.size()));
-    else
-        m_grid->setToolTipText(path);
+    m_grid->setToolTipText(ChangePathIfCompressed(path));
     lblCurrentPath->setText(path);
     return path;
 }

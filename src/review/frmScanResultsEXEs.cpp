@@ -9,6 +9,7 @@
 #include "platform/Paths.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
+#include "reporting/ScanReport.h"
 #include "reporting/frmScanSummary.h"
 #include "review/ReviewScreens.h"
 #include "scan/frmScanDisc.h"
@@ -368,11 +369,7 @@ void frmScanResultsEXEs::tree_Select(QTreeWidget *t)
         return;
     }
     ShowFileInformation(tag, NodeOccurrence(t->currentItem()));
-    const QString extract = (AppPath() + QStringLiteral("/extract")).toUpper();
-    if (tag.left(extract.size()) == extract)
-        t->setToolTip(QStringLiteral("Archive file: ") + tag.mid(extract.size()));
-    else
-        t->setToolTip(tag);
+    t->setToolTip(ChangePathIfCompressed(tag));
 }
 
 void frmScanResultsEXEs::tree_MouseUp(QTreeWidget *t, int button)

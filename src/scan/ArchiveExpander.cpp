@@ -1,5 +1,7 @@
 #include "scan/ArchiveExpander.h"
 
+#include "platform/StoredPaths.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStringDecoder>
@@ -117,7 +119,8 @@ long openError(int err)
 // (O_NONBLOCK changes nothing for a regular file's reads.)
 Fd openArchiveFile(const QByteArray &path, bool &regular, int64_t &size)
 {
-    Fd fd(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    // Never through a link: what was listed as a file of the disc is the only thing read.
+    Fd fd(::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     if (fd.get() < 0)
         RaiseVbError(openError(errno));
     struct stat st;
@@ -216,11 +219,12 @@ struct ArchiveExpander::Run {
 
     int64_t members = 0;
 
-    void warn(const QString &member, const QString &why) { owner.warn(member + QStringLiteral(": ") + why); }
+    // A member's name is shown with the characters no line may carry as "_".
+    void warn(const QString &member, const QString &why) { owner.warn(ShownText(member) + QStringLiteral(": ") + why); }
 
     void stop(const QString &member, const QString &why)
     {
-        owner.warn(QStringLiteral("Expansion stopped at ") + member + QStringLiteral(": ") + why);
+        owner.warn(QStringLiteral("Expansion stopped at ") + ShownText(member) + QStringLiteral(": ") + why);
         stopped = true;
     }
 
@@ -588,7 +592,7 @@ bool ArchiveExpander::Expand(const QByteArray &archivePath, const QByteArray &ta
 {
     m_warnings.clear();
     m_warningsLeftOut = 0;
-    const QString shownTarget = QFile::decodeName(targetFolder);
+    const QString shownTarget = ShownText(QFile::decodeName(targetFolder));
     if (!makeFolders(targetFolder)) {
         warn(shownTarget + QStringLiteral(": the folder cannot be made"));
         return true;

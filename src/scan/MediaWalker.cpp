@@ -399,7 +399,7 @@ void MediaWalker::ScanSubFolders()
         }
     } catch (const VbError &e) {
         // This level of the walk ends here; the level above goes on.
-        const auto shown = [](const Folder &f) { return f.shown.size() > 1 ? f.shown.chopped(1) : f.shown; };
+        const auto shown = [](const Folder &f) { return ShownText(f.shown.size() > 1 ? f.shown.chopped(1) : f.shown); };
         const QString failed = shown(i < subFolders.size() ? subFolders[i] : here);
         const qsizetype after = subFolders.size() - i - 1;
         QString detail = failed + QStringLiteral(": the folder cannot be read (") + e.description +

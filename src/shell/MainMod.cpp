@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <cmath>
 
 QString gClientCode;
@@ -129,7 +130,9 @@ bool FileExists(const QString &path, int occurrence)
 }
 
 namespace {
-double folderSize(const QString &folder)
+// The regular files below a folder, as the scan sees a volume: links, pipes and devices are no files
+// of it, and KEVRO's own folders are no part of it.
+double folderSize(const QString &folder, const QStringList &own)
 {
     QDir dir(folder.isEmpty() ? QStringLiteral("/") : folder);
     if (!dir.exists())
@@ -138,11 +141,15 @@ double folderSize(const QString &folder)
     const QFileInfoList entries =
         dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &e : entries) {
+        if (e.isSymLink())
+            continue;
         if (e.isDir()) {
-            if (!e.isSymLink()) // a link back up the tree would never end
-                total += folderSize(e.absoluteFilePath());
+            if (!own.contains(e.absoluteFilePath()))
+                total += folderSize(e.absoluteFilePath(), own);
             continue;
         }
+        if (!e.isFile())
+            continue;
         // Only the low 32 bits, read as a signed number: sizes of 2 GiB and more come out wrong.
         const auto low = static_cast<uint32_t>(static_cast<uint64_t>(e.size()) & 0xFFFFFFFFu);
         total += static_cast<int32_t>(low);
@@ -159,7 +166,7 @@ long long roundHalfAway(double v)
 
 double FolderSizeBytes(const QString &folder)
 {
-    return folderSize(RealPath(folder));
+    return folderSize(folder, {QDir(AppPath()).canonicalPath(), QDir(ExtractFolder()).canonicalPath()});
 }
 
 QString FileSizeText(const QString &path, int occurrence)
@@ -182,9 +189,14 @@ QString ExtractFolder()
     return AppPath() + QStringLiteral("/extract");
 }
 
+QString StoredExtractFolder()
+{
+    return StoredText(ExtractFolder());
+}
+
 bool IsInExtractFolder(const QString &path)
 {
-    const QString prefix = (AppPath() + QStringLiteral("/EXTRACT/")).toUpper();
+    const QString prefix = StoredExtractFolder() + QLatin1Char('/');
     return path.left(prefix.size()) == prefix;
 }
 
@@ -192,8 +204,16 @@ QString FileIconKey(const QString &path, int occurrence)
 {
     QString key;
     const bool inArchive = IsInExtractFolder(path);
-    // A file that is not there (any more) is simply not marked hidden.
-    const bool hidden = InfoOf(path, occurrence).hidden;
+    // A file that is not there (any more) is simply not marked hidden; one that cannot be looked at is told.
+    const StoredFileInfo info = InfoOf(path, occurrence);
+    if (info.error != 0 && info.error != ENOENT) {
+        const long number = info.error == EACCES || info.error == EPERM ? VbErr::PathFileAccess
+                            : info.error == ENOTDIR                     ? VbErr::PathNotFound
+                                                                        : VbErr::DeviceIOError;
+        MsgBox(QStringLiteral("Error ") + QString::number(number) + QStringLiteral(" occured."), vbExclamation);
+        return key;
+    }
+    const bool hidden = info.hidden;
     if (inArchive)
         key = QStringLiteral("Zip");
     else if (hidden)

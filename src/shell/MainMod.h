@@ -56,8 +56,10 @@ bool IsAudioFile(const QString &path);
 bool IsImageFile(const QString &path);
 bool IsTextFile(const QString &path);
 
-// The extract folder, application path + "/extract".
+// The extract folder, application path + "/extract", and its stored form (upper case), the head of every
+// archive member's stored path.
 QString ExtractFolder();
+QString StoredExtractFolder();
 // True when a stored path lies in the extract folder: the file came out of an archive.
 bool IsInExtractFolder(const QString &path);
 

@@ -1,5 +1,6 @@
 #include "shell/MainModScreens.h"
 
+#include "controls/AccessKeys.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
 #include "controls/KeyCodes.h"
@@ -26,6 +27,7 @@
 void InstallScreenServices()
 {
     InstallMsgBoxDialogs();
+    InstallAccessKeyFocus();
     SetProgressSink({[](int percent, const QString &text) {
                          auto *box = Forms::get<frmProgressBox>();
                          box->lblStatus->setText(text);
