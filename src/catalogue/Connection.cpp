@@ -184,22 +184,44 @@ long Connection::NumberFor(const QSqlError &error, DataSource::Engine engine)
 {
     const QString code = error.nativeErrorCode();
     switch (engine) {
-    case DataSource::Engine::SQLite: {
-        const int primary = code.toInt() & 0xFF;
-        return primary == 19 ? DbErr::ConstraintViolation : DbErr::CommandError;
-    }
-    case DataSource::Engine::PostgreSQL:
-        if (code.startsWith(QLatin1String("23")) || code.startsWith(QLatin1String("22")))
-            return DbErr::ConstraintViolation;
-        if (code.startsWith(QLatin1String("42")))
+    case DataSource::Engine::SQLite:
+        switch (code.toInt() & 0xFF) {
+        case 0: // refused by Qt before it reached the engine
+        case 1: // syntax, no such table or column
             return DbErr::CommandError;
-        return error.type() == QSqlError::ConnectionError ? DbErr::ConnectionFailed : DbErr::CommandError;
+        case 19:
+            return DbErr::ConstraintViolation;
+        case 5: // busy
+        case 6: // locked
+            return DbErr::Busy;
+        case 18: // too big
+        case 20: // type mismatch
+        case 25: // out of range
+            return DbErr::DataError;
+        default: // read-only, I/O, full, damaged, not a database...
+            return DbErr::EngineFailure;
+        }
+    case DataSource::Engine::PostgreSQL:
+        if (code.startsWith(QLatin1String("23")))
+            return DbErr::ConstraintViolation;
+        if (code.startsWith(QLatin1String("42")) || code.startsWith(QLatin1String("0A")))
+            return DbErr::CommandError;
+        if (code.startsWith(QLatin1String("22")))
+            return DbErr::DataError;
+        if (code.startsWith(QLatin1String("40")) || code == QLatin1String("55P03") || code == QLatin1String("57014"))
+            return DbErr::Busy;
+        if (code.isEmpty() && error.type() != QSqlError::ConnectionError)
+            return DbErr::CommandError;
+        return DbErr::EngineFailure;
     case DataSource::Engine::Odbc: {
         // Qt hands on the driver's native code, not the SQLSTATE: the driver's words tell a constraint.
         const QString text = error.databaseText();
         if (text.contains(QLatin1String("constraint"), Qt::CaseInsensitive) ||
             text.contains(QLatin1String("violat"), Qt::CaseInsensitive) || text.contains(QLatin1String("23000")))
             return DbErr::ConstraintViolation;
+        if (text.contains(QLatin1String("locked"), Qt::CaseInsensitive) ||
+            text.contains(QLatin1String("busy"), Qt::CaseInsensitive))
+            return DbErr::Busy;
         return DbErr::CommandError;
     }
     }
