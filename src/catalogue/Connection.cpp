@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QRegularExpression>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlField>
 #include <QSqlQuery>
@@ -236,6 +237,21 @@ void Connection::Execute(const QString &sql, long)
     QSqlQuery q(Database());
     if (!q.exec(text))
         throw sqlFailure(q.lastError(), m_engine, sql);
+}
+
+QVariant Connection::ExecuteInsert(const QString &sql)
+{
+    if (!IsOpen())
+        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
+    const QString text = PrepareStatement(sql);
+    QSqlQuery q(Database());
+    if (!q.exec(text))
+        throw sqlFailure(q.lastError(), m_engine, sql);
+    // Asked only after an insert: on PostgreSQL it is a query of its own.
+    if (!Database().driver()->hasFeature(QSqlDriver::LastInsertId))
+        return QVariant();
+    const QVariant key = q.lastInsertId();
+    return key.isValid() ? key : QVariant();
 }
 
 void Connection::BeginTrans()

@@ -36,6 +36,9 @@ public:
               long options = -1);
     // Runs one Insert, Update or Delete; nothing of its result is looked at.
     void Execute(const QString &sql, long options = -1);
+    // Runs one Insert and returns the key the engine generated for its row; null where the engine's
+    // driver cannot tell (the driver manager's road).
+    QVariant ExecuteInsert(const QString &sql);
     void Close();
     bool IsOpen() const;
     // A unit of work whose statements others see only when it commits. Failures raise like Execute's.
