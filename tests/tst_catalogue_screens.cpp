@@ -98,6 +98,8 @@ private Q_SLOTS:
     void owners();
     void applications_data();
     void applications();
+    void applicationComponents_data();
+    void applicationComponents();
     void licencesTurnAVerdict_data();
     void licencesTurnAVerdict();
     void datesAsTheDatabaseReadsThem();
@@ -549,10 +551,7 @@ void TestCatalogueScreens::applications()
 
     // The components typed into the grid's floating box; a licence per product always requires one.
     const auto editCell = [grid, entry](int row, int col, const QString &text) {
-        grid->setRow(row);
-        grid->setCol(col);
-        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier,
-                           grid->visualRect(grid->model()->index(row - 1, col)).center());
+        doubleClickCell(grid, row, col);
         typeName(entry->txtEdit, text);
         grid->setFocus();
     };
@@ -590,9 +589,7 @@ void TestCatalogueScreens::applications()
     QVERIFY(!entry->chkRequiresLicense->isEnabled()); // still locked when opened
     grid = entry->gridAppComponents;
     QCOMPARE(grid->Rows(), 3);
-    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Update"));
     entry->txtAppName->setText(QStringLiteral("Renamed"));
-    grid->setRow(1);
     boxes.clear();
     boxes.queue(vbYes);
     Click(entry->cmdDelete);
@@ -649,6 +646,95 @@ void TestCatalogueScreens::applications()
     // Back to the main menu.
     Click(list->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmFileControl>() && Forms::get<frmMainMenu>()->isVisible());
+}
+
+void TestCatalogueScreens::applicationComponents_data()
+{
+    clients_data();
+}
+
+// The component grid of an application as the operator edits it: deletes act on a component and never
+// on the heading, what is typed after the last component went is saved, a save that failed half way is
+// not written twice by the next.
+void TestCatalogueScreens::applicationComponents()
+{
+    QFETCH(QString, engine);
+    if (!useEngine(engine))
+        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
+    m_catalogue.addApp(QStringLiteral("Reader"), {QStringLiteral("READER.EXE")}, true);
+    m_catalogue.execute("UPDATE KEVRO_APP_COMPONENTS SET EXE_DESCRIPTION = 'Part'");
+    const auto components = [this] {
+        return m_catalogue.column("SELECT EXE_NAME FROM KEVRO_APP_COMPONENTS ORDER BY EXE_NAME", "EXE_NAME");
+    };
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    MsgBoxResponder boxes;
+    auto *list = openApplications();
+    QVERIFY(list);
+    ClickRow(list->gridFiles, 0, 1);
+    Click(list->cmdEditRecord);
+    auto *entry = Forms::get<frmFileEntry>();
+    QVERIFY(entry->isVisible());
+    FlexGrid *grid = entry->gridAppComponents;
+
+    // Delete straight after the load takes the component, and the heading stays. A double click on the
+    // grid with no component opens nothing and ends nothing.
+    boxes.queue(vbYes, 2);
+    Click(entry->cmdDelete);
+    QCOMPARE(names(grid), QStringList{"File Name"});
+    QCOMPARE(components(), QStringList());
+    QVERIFY(!entry->cmdDelete->isEnabled());
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, grid->viewport()->rect().center());
+    QVERIFY(entry->txtEdit->isHidden());
+
+    // Components typed now are saved with the application; Delete after an edit in place
+    // takes the row edited.
+    const QStringList typed{"VIEWER.EXE", "Viewer", "SPARE.EXE", "Spare"};
+    for (int i = 0; i < typed.size(); ++i) {
+        if (i % 2 == 0)
+            Click(entry->cmdAddAppCompRecord);
+        doubleClickCell(grid, 1 + i / 2, 1 + i % 2);
+        typeName(entry->txtEdit, typed[i]);
+        QTest::keyClick(entry->txtEdit, Qt::Key_Return);
+    }
+    Click(entry->cmdDelete);
+    QCOMPARE(names(grid), (QStringList{"File Name", "VIEWER.EXE"}));
+    boxes.clear();
+    boxes.queue(vbOK);
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    QCOMPARE(components(), QStringList{"VIEWER.EXE"});
+    QCOMPARE(ended, QList<int>());
+
+    // A new application whose second component the catalogue refuses: the general message, and the
+    // save after it is mended adds neither the application nor the first component a second time.
+    m_catalogue.refuseInsert(QStringLiteral("KEVRO_APP_COMPONENTS"), QStringLiteral("EXE_NAME"),
+                             QStringLiteral("BAD.EXE"));
+    Click(list->cmdAddRecord);
+    entry = Forms::get<frmFileEntry>();
+    grid = entry->gridAppComponents;
+    entry->txtAppName->setText(QStringLiteral("Player"));
+    entry->drpOwnerName->setCurrentIndex(0);
+    Click(entry->cmdAddAppCompRecord);
+    const QStringList cells{"PLAYER.EXE", "Player", "BAD.EXE", "Codec"};
+    for (int i = 0; i < cells.size(); ++i) {
+        doubleClickCell(grid, 1 + i / 2, 1 + i % 2);
+        typeName(entry->txtEdit, cells[i]);
+        QTest::keyClick(entry->txtEdit, Qt::Key_Return);
+    }
+    boxes.clear();
+    boxes.queue(vbOK, 2);
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts(), QStringList{"Error -2147467259 occurred.  Can not save record."});
+    QVERIFY(entry->isVisible());
+    doubleClickCell(grid, 2, 1);
+    typeName(entry->txtEdit, QStringLiteral("CODEC.DLL"));
+    Click(entry->cmdSave);
+    QCOMPARE(boxes.prompts().last(), QStringLiteral("Record added to KEVRO database"));
+    QCOMPARE(m_catalogue.column("SELECT APP_NAME FROM KEVRO_APPS ORDER BY APP_NAME", "APP_NAME"),
+             (QStringList{"Player", "Reader"}));
+    QCOMPARE(components(), (QStringList{"CODEC.DLL", "PLAYER.EXE", "VIEWER.EXE"}));
 }
 
 void TestCatalogueScreens::licencesTurnAVerdict_data()
