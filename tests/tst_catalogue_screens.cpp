@@ -655,14 +655,18 @@ void TestCatalogueScreens::applicationComponents_data()
 
 // The component grid of an application as the operator edits it: deletes act on a component and never
 // on the heading, what is typed after the last component went is saved, a save that failed half way is
-// not written twice by the next.
+// not written twice by the next; the application keeps its own owner among owners of one name.
 void TestCatalogueScreens::applicationComponents()
 {
     QFETCH(QString, engine);
     if (!useEngine(engine))
         QSKIP("no PostgreSQL server: run through `make test`, which starts one");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
+    const QString secondAcme =
+        m_catalogue.column("SELECT OWNER_ID FROM KEVRO_OWNERS ORDER BY OWNER_ID", "OWNER_ID").value(1);
     m_catalogue.addApp(QStringLiteral("Reader"), {QStringLiteral("READER.EXE")}, true);
+    m_catalogue.execute("UPDATE KEVRO_APPS SET APP_OWNER = " + secondAcme);
     m_catalogue.execute("UPDATE KEVRO_APP_COMPONENTS SET EXE_DESCRIPTION = 'Part'");
     const auto components = [this] {
         return m_catalogue.column("SELECT EXE_NAME FROM KEVRO_APP_COMPONENTS ORDER BY EXE_NAME", "EXE_NAME");
@@ -688,8 +692,8 @@ void TestCatalogueScreens::applicationComponents()
     QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, grid->viewport()->rect().center());
     QVERIFY(entry->txtEdit->isHidden());
 
-    // Components typed now are saved with the application; Delete after an edit in place
-    // takes the row edited.
+    // Components typed now are saved with the application, which keeps its owner; Delete after an
+    // edit in place takes the row edited.
     const QStringList typed{"VIEWER.EXE", "Viewer", "SPARE.EXE", "Spare"};
     for (int i = 0; i < typed.size(); ++i) {
         if (i % 2 == 0)
@@ -705,6 +709,7 @@ void TestCatalogueScreens::applicationComponents()
     Click(entry->cmdSave);
     QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
     QCOMPARE(components(), QStringList{"VIEWER.EXE"});
+    QCOMPARE(m_catalogue.column("SELECT APP_OWNER FROM KEVRO_APPS", "APP_OWNER"), QStringList{secondAcme});
     QCOMPARE(ended, QList<int>());
 
     // A new application whose second component the catalogue refuses: the general message, and the
