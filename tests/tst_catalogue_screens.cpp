@@ -32,6 +32,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -655,7 +656,8 @@ void TestCatalogueScreens::applicationComponents_data()
 
 // The component grid of an application as the operator edits it: deletes act on a component and never
 // on the heading, what is typed after the last component went is saved, a save that failed half way is
-// not written twice by the next; the application keeps its own owner among owners of one name.
+// not written twice by the next; the application keeps its own owner among owners of one name; every
+// caption of the screen reads whole.
 void TestCatalogueScreens::applicationComponents()
 {
     QFETCH(QString, engine);
@@ -681,6 +683,17 @@ void TestCatalogueScreens::applicationComponents()
     auto *entry = Forms::get<frmFileEntry>();
     QVERIFY(entry->isVisible());
     FlexGrid *grid = entry->gridAppComponents;
+
+    // Every caption reads whole, within its frame, in the desktop's own font.
+    for (auto *caption : entry->findChildren<QWidget *>()) {
+        auto *label = qobject_cast<QLabel *>(caption);
+        auto *check = qobject_cast<QCheckBox *>(caption);
+        if (!caption->isVisible() || !(label ? !label->text().isEmpty() : check && !check->text().isEmpty()))
+            continue;
+        QVERIFY2(caption->sizeHint().width() <= caption->width(), qPrintable(caption->objectName()));
+        if (auto *frame = qobject_cast<QGroupBox *>(caption->parentWidget()))
+            QVERIFY2(caption->geometry().right() <= frame->contentsRect().right(), qPrintable(caption->objectName()));
+    }
 
     // Delete straight after the load takes the component, and the heading stays. A double click on the
     // grid with no component opens nothing and ends nothing.

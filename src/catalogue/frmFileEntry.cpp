@@ -30,7 +30,7 @@
 
 namespace {
 constexpr long FormWidth = 9360;
-constexpr long FormHeight = 7680;
+constexpr long FormHeight = 8040;
 
 QString truth(bool on)
 {
@@ -70,7 +70,7 @@ frmFileEntry::frmFileEntry()
     lblFromForm->hide();
 
     fraFileEditBoxes = Named(new QGroupBox(QStringLiteral("Application Information"), central), "fraFileEditBoxes");
-    PlaceTw(fraFileEditBoxes, 240, 1380, 8880, 2340);
+    PlaceTw(fraFileEditBoxes, 240, 1380, 8880, 2700);
     QWidget *f = fraFileEditBoxes;
     lblAppName = Named(new QLabel(QStringLiteral("Application Name:"), f), "lblAppName");
     PlaceTw(lblAppName, 180, 390, 1800, 285);
@@ -88,18 +88,19 @@ frmFileEntry::frmFileEntry()
     txtWebLicense = Named(new QLineEdit(f), "txtWebLicense");
     PlaceTw(txtWebLicense, 2040, 1215, 6600, 345);
     chkRequiresLicense = Named(new QCheckBox(f), "chkRequiresLicense");
+    // Room for every caption to read whole in a wide desktop font: the clipboard's box on a row of its own.
     PlaceTw(chkRequiresLicense, 2040, 1740, 255, 285);
     lblRequiresLicense = Named(new QLabel(QStringLiteral("Requires License"), f), "lblRequiresLicense");
-    PlaceTw(lblRequiresLicense, 2340, 1740, 1500, 285);
+    PlaceTw(lblRequiresLicense, 2340, 1740, 2100, 285);
     chkPerProductLicense = Named(new QCheckBox(QStringLiteral("License Per Product"), f), "chkPerProductLicense");
-    PlaceTw(chkPerProductLicense, 3960, 1725, 2040, 315);
+    PlaceTw(chkPerProductLicense, 4560, 1725, 2940, 315);
     lblCheckClipboard = Named(new QCheckBox(QStringLiteral("Monitor Clipboard for URLs"), f), "lblCheckClipboard");
-    PlaceTw(lblCheckClipboard, 6240, 1725, 2580, 315);
+    PlaceTw(lblCheckClipboard, 2040, 2160, 3900, 315);
     tmrClipboardCheck = Named(new QTimer(this), "tmrClipboardCheck");
     tmrClipboardCheck->setInterval(100);
 
     fraAppComponents = Named(new QGroupBox(QStringLiteral("Application Components"), central), "fraAppComponents");
-    PlaceTw(fraAppComponents, 240, 3840, 8880, 2700);
+    PlaceTw(fraAppComponents, 240, 4200, 8880, 2700);
     gridAppComponents = Named(new FlexGrid(fraAppComponents), "gridAppComponents");
     PlaceTw(gridAppComponents, 180, 330, 7020, 2220);
     txtEdit = Named(new QLineEdit(fraAppComponents), "txtEdit");
@@ -114,14 +115,14 @@ frmFileEntry::frmFileEntry()
     RecordFaces(m_faces, central, cmdDelete, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
                 &picDeleteNormal, &picDeleteHover);
 
-    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6720, 8880);
-    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6750, 8880);
+    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 7080, 8880);
+    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 7110, 8880);
     cmdBack = Named(new QPushButton(QStringLiteral("< &Back"), central), "cmdBack");
-    PlaceTw(cmdBack, 6480, 6990, 1260, 450);
+    PlaceTw(cmdBack, 6480, 7350, 1260, 450);
     cmdSave = Named(new QPushButton(QStringLiteral("&Save"), central), "cmdSave");
     cmdSave->setDefault(true);
     cmdSave->setEnabled(false);
-    PlaceTw(cmdSave, 7860, 6990, 1260, 450);
+    PlaceTw(cmdSave, 7860, 7350, 1260, 450);
 
     // The components are edited in the floating box; neither a row's state nor Save changes with it.
     // Only a component's cell opens it: never the heading, nor a grid with no component.
