@@ -193,7 +193,7 @@ void frmLicenseControl::LoadLicenseForEdit()
                 QStringLiteral("Having KEVRO_LICENSES.LICENSE_ID=") + QString::number(licence) + QStringLiteral(";"),
             gConnection.get());
     if (!(rs.Bof() && rs.Eof())) {
-        entry->drpLicenseFile->setEditText(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
+        entry->ShowApplication(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
         entry->txtStartDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_FROM"))).toString());
         entry->txtEndDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_TO"))).toString());
         entry->chkPerminantLicense->setChecked(rs.Fields(QStringLiteral("LICENSE_PERMINANT")).toBool());
