@@ -370,6 +370,26 @@ bool IsValidDate(const QString &text)
     return QDate(y, month.toInt(), day.toInt()).isValid();
 }
 
+QString DateText(const QVariant &value)
+{
+    if (value.isNull())
+        return QString();
+    if (value.typeId() != QMetaType::QDate && value.typeId() != QMetaType::QDateTime)
+        return value.toString();
+    // The short date as digits; a short date with month names (the C locale's) becomes digits in its order.
+    QString format = QLocale::system().dateFormat(QLocale::ShortFormat);
+    static const QRegularExpression digits(QStringLiteral("^[dMy]+([/.-])[dMy]+\\1[dMy]+$"));
+    if (!digits.match(format).hasMatch()) {
+        const QString order = LocaleDateOrder();
+        format = order == QLatin1String("YMD")   ? QStringLiteral("yyyy-MM-dd")
+                 : order == QLatin1String("MDY") ? QStringLiteral("MM/dd/yyyy")
+                                                 : QStringLiteral("dd/MM/yyyy");
+    }
+    if (!format.contains(QLatin1String("yyyy")))
+        format.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    return QLocale::c().toString(value.toDate(), format);
+}
+
 QString NowText()
 {
     const QLocale locale = QLocale::system();

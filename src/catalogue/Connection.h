@@ -86,6 +86,9 @@ private:
 QString NowText();
 // The order of day, month and year in the machine's short date: "DMY", "MDY" or "YMD".
 QString LocaleDateOrder();
+// A date read from the catalogue as the machine's short date writes it, four-digit year, so that it reads
+// back as typed; a text stored as it was sent stays as it is.
+QString DateText(const QVariant &value);
 // Whether a typed text is a date as the database reads it: day, month and year in the machine's short
 // date order (or year first, as 2026-12-31), separated by '/', '-' or '.', with a real day of a real
 // month; a two-digit year is 1930..2029. "31/02/2026", "tomorrow" and a date in the other day/month
