@@ -385,9 +385,17 @@ void TestCatalogueScreens::clientImport()
     QCOMPARE(asked, QStringList(2, "Import Client List | Text (*.txt *.TXT)"));
     QCOMPARE(s->txtFilePath->text(), list);
 
+    // Neither road is chosen for the operator: without a choice nothing is imported.
+    boxes.queue(vbOK);
+    Click(s->cmdImport);
+    QCOMPARE(boxes.prompts(), QStringList{"Choose Replace or Append before importing.  Nothing was imported."});
+    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+    QCOMPARE(storedClients(), QStringList{"Old Client"});
+
     // Replace: every client goes before the first line; CR LF and LF lines, a line in the Windows
     // code page.
-    QVERIFY(s->optReplace->isChecked());
+    Click(s->optReplace);
+    boxes.clear();
     boxes.queue(vbOK);
     Click(s->cmdImport);
     QCOMPARE(boxes.prompts(), QStringList{"Import completed sucessfully."});
@@ -395,7 +403,7 @@ void TestCatalogueScreens::clientImport()
     QCOMPARE(names(s->gridClients), storedClients());
 
     // Append; then a file that is not there.
-    s->optAppend->setChecked(true);
+    Click(s->optAppend);
     s->txtFilePath->setText(WriteTestFile(m_app.path() + QStringLiteral("/more.txt"), "Echo Media\n"));
     boxes.clear();
     boxes.queue(vbOK);
@@ -413,7 +421,7 @@ void TestCatalogueScreens::clientImport()
     // message and the end of the program; the lines before stay imported, after a replace too.
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
-    s->optReplace->setChecked(true);
+    Click(s->optReplace);
     const QList<QPair<QByteArray, QString>> refused{{"Foxtrot\nO'Hara Sound\nGolf\n", "Foxtrot"},
                                                     {"Hotel\n\nIndia\n", "Hotel"}};
     for (const auto &[bad, kept] : refused) {
