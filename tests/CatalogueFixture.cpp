@@ -5,6 +5,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSqlError>
+#include <QSqlQuery>
 
 QString Quoted(const QString &text)
 {
@@ -48,6 +50,32 @@ void CatalogueFixture::execute(const QString &sql)
 {
     OpenDatabase();
     gConnection->Execute(sql);
+    CloseDatabase();
+}
+
+void CatalogueFixture::refuseInsert(const QString &table, const QString &column, const QString &value)
+{
+    // Trigger bodies hold several statements: they go to the engine directly.
+    QStringList sql;
+    if (m_target.engine == DataSource::Engine::PostgreSQL) {
+        sql << QStringLiteral("CREATE OR REPLACE FUNCTION kevro_test_refuse() RETURNS trigger LANGUAGE plpgsql AS $$ "
+                              "BEGIN IF NEW.%1 = %2 THEN RAISE EXCEPTION 'refused' USING ERRCODE = 'check_violation'; "
+                              "END IF; RETURN NEW; END $$")
+                   .arg(column, Quoted(value))
+            << QStringLiteral("CREATE TRIGGER kevro_test_refuse BEFORE INSERT ON %1 FOR EACH ROW "
+                              "EXECUTE FUNCTION kevro_test_refuse()")
+                   .arg(table);
+    } else {
+        sql << QStringLiteral("CREATE TRIGGER kevro_test_refuse BEFORE INSERT ON %1 WHEN NEW.%2 = %3 "
+                              "BEGIN SELECT RAISE(ABORT, 'refused'); END")
+                   .arg(table, column, Quoted(value));
+    }
+    OpenDatabase();
+    for (const QString &statement : sql) {
+        QSqlQuery q(gConnection->Database());
+        if (!q.exec(statement))
+            qFatal("%s", qPrintable(q.lastError().text()));
+    }
     CloseDatabase();
 }
 

@@ -23,6 +23,9 @@ public:
     long addClient(const QString &name);
     void addLicence(const QString &client, long appId, const QString &validTo = QStringLiteral("2001-12-31"));
     void execute(const QString &sql);
+    // From now on the catalogue refuses, as a broken rule, an insert into the table whose column holds
+    // that value; other rows go in as before.
+    void refuseInsert(const QString &table, const QString &column, const QString &value);
     // The values of one column of a query, in the order the engine gives them.
     QStringList column(const QString &sql, const QString &name);
 

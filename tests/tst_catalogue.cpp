@@ -17,6 +17,8 @@
 #include <QDateTime>
 #include <QLocale>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTest>
 
 namespace {
@@ -193,6 +195,26 @@ void TestCatalogue::clients()
     // A name that was not cleaned breaks the statement.
     QCOMPARE(failureOf({"Insert Into KEVRO_CLIENTS( ", "CLIENT_NAME) ", "Values(", "'", "O'Brien", "')"}),
              DbErr::CommandError);
+
+    // Neither of those two numbers for a value the column cannot take, a catalogue that another
+    // connection holds locked, or one open read-only: the screens' general message tells them.
+    QFETCH_GLOBAL(QString, engine);
+    const QStringList insert{"Insert Into KEVRO_CLIENTS( ", "CLIENT_NAME) ", "Values(", "'", "Fabrikam", "')"};
+    if (engine == "postgresql") {
+        QCOMPARE(failureOf({"Update KEVRO_CLIENTS Set CLIENT_NAME = '", QString(300, 'L'), "'"}), DbErr::DataError);
+    } else {
+        run({"PRAGMA busy_timeout = 0"});
+        {
+            QSqlDatabase holder = QSqlDatabase::addDatabase("QSQLITE", "holder");
+            holder.setDatabaseName(m_app.file("kevro.db"));
+            QVERIFY(holder.open() && QSqlQuery(holder).exec("BEGIN EXCLUSIVE"));
+            QCOMPARE(failureOf(insert), DbErr::Busy);
+        }
+        QSqlDatabase::removeDatabase("holder");
+        run({"PRAGMA query_only = 1"});
+        QCOMPARE(failureOf(insert), DbErr::EngineFailure);
+        run({"PRAGMA query_only = 0"});
+    }
 
     // The one-row delete, with a column between Delete and From.
     run({"Delete KEVRO_CLIENTS.CLIENT_ID ", "From KEVRO_CLIENTS ", "Where KEVRO_CLIENTS.CLIENT_ID=",

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QRegularExpression>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlField>
 #include <QSqlQuery>
@@ -184,22 +185,44 @@ long Connection::NumberFor(const QSqlError &error, DataSource::Engine engine)
 {
     const QString code = error.nativeErrorCode();
     switch (engine) {
-    case DataSource::Engine::SQLite: {
-        const int primary = code.toInt() & 0xFF;
-        return primary == 19 ? DbErr::ConstraintViolation : DbErr::CommandError;
-    }
-    case DataSource::Engine::PostgreSQL:
-        if (code.startsWith(QLatin1String("23")) || code.startsWith(QLatin1String("22")))
-            return DbErr::ConstraintViolation;
-        if (code.startsWith(QLatin1String("42")))
+    case DataSource::Engine::SQLite:
+        switch (code.toInt() & 0xFF) {
+        case 0: // refused by Qt before it reached the engine
+        case 1: // syntax, no such table or column
             return DbErr::CommandError;
-        return error.type() == QSqlError::ConnectionError ? DbErr::ConnectionFailed : DbErr::CommandError;
+        case 19:
+            return DbErr::ConstraintViolation;
+        case 5: // busy
+        case 6: // locked
+            return DbErr::Busy;
+        case 18: // too big
+        case 20: // type mismatch
+        case 25: // out of range
+            return DbErr::DataError;
+        default: // read-only, I/O, full, damaged, not a database...
+            return DbErr::EngineFailure;
+        }
+    case DataSource::Engine::PostgreSQL:
+        if (code.startsWith(QLatin1String("23")))
+            return DbErr::ConstraintViolation;
+        if (code.startsWith(QLatin1String("42")) || code.startsWith(QLatin1String("0A")))
+            return DbErr::CommandError;
+        if (code.startsWith(QLatin1String("22")))
+            return DbErr::DataError;
+        if (code.startsWith(QLatin1String("40")) || code == QLatin1String("55P03") || code == QLatin1String("57014"))
+            return DbErr::Busy;
+        if (code.isEmpty() && error.type() != QSqlError::ConnectionError)
+            return DbErr::CommandError;
+        return DbErr::EngineFailure;
     case DataSource::Engine::Odbc: {
         // Qt hands on the driver's native code, not the SQLSTATE: the driver's words tell a constraint.
         const QString text = error.databaseText();
         if (text.contains(QLatin1String("constraint"), Qt::CaseInsensitive) ||
             text.contains(QLatin1String("violat"), Qt::CaseInsensitive) || text.contains(QLatin1String("23000")))
             return DbErr::ConstraintViolation;
+        if (text.contains(QLatin1String("locked"), Qt::CaseInsensitive) ||
+            text.contains(QLatin1String("busy"), Qt::CaseInsensitive))
+            return DbErr::Busy;
         return DbErr::CommandError;
     }
     }
@@ -214,6 +237,21 @@ void Connection::Execute(const QString &sql, long)
     QSqlQuery q(Database());
     if (!q.exec(text))
         throw sqlFailure(q.lastError(), m_engine, sql);
+}
+
+QVariant Connection::ExecuteInsert(const QString &sql)
+{
+    if (!IsOpen())
+        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
+    const QString text = PrepareStatement(sql);
+    QSqlQuery q(Database());
+    if (!q.exec(text))
+        throw sqlFailure(q.lastError(), m_engine, sql);
+    // Asked only after an insert: on PostgreSQL it is a query of its own.
+    if (!Database().driver()->hasFeature(QSqlDriver::LastInsertId))
+        return QVariant();
+    const QVariant key = q.lastInsertId();
+    return key.isValid() ? key : QVariant();
 }
 
 void Connection::BeginTrans()
@@ -330,6 +368,26 @@ bool IsValidDate(const QString &text)
     if (year.size() <= 2)
         y += y < 30 ? 2000 : 1900;
     return QDate(y, month.toInt(), day.toInt()).isValid();
+}
+
+QString DateText(const QVariant &value)
+{
+    if (value.isNull())
+        return QString();
+    if (value.typeId() != QMetaType::QDate && value.typeId() != QMetaType::QDateTime)
+        return value.toString();
+    // The short date as digits; a short date with month names (the C locale's) becomes digits in its order.
+    QString format = QLocale::system().dateFormat(QLocale::ShortFormat);
+    static const QRegularExpression digits(QStringLiteral("^[dMy]+([/.-])[dMy]+\\1[dMy]+$"));
+    if (!digits.match(format).hasMatch()) {
+        const QString order = LocaleDateOrder();
+        format = order == QLatin1String("YMD")   ? QStringLiteral("yyyy-MM-dd")
+                 : order == QLatin1String("MDY") ? QStringLiteral("MM/dd/yyyy")
+                                                 : QStringLiteral("dd/MM/yyyy");
+    }
+    if (!format.contains(QLatin1String("yyyy")))
+        format.replace(QLatin1String("yy"), QLatin1String("yyyy"));
+    return QLocale::c().toString(value.toDate(), format);
 }
 
 QString NowText()

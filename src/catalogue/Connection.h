@@ -11,6 +11,14 @@
 
 class QSqlError;
 
+// The engines' failures that are neither a refused command nor a broken rule: the screens' general
+// message tells them by these numbers.
+namespace DbErr {
+constexpr long Busy = -2147217871;          // the catalogue is locked by another connection (timeout expired)
+constexpr long DataError = -2147217913;     // a value the column cannot take (too long, no such date)
+constexpr long EngineFailure = -2147217887; // read-only, I/O, full or damaged catalogue, lost server
+} // namespace DbErr
+
 // A connection to the catalogue through the data source the connection string names. Statements go
 // one at a time; nothing is held open between units of work.
 class Connection final
@@ -28,6 +36,9 @@ public:
               long options = -1);
     // Runs one Insert, Update or Delete; nothing of its result is looked at.
     void Execute(const QString &sql, long options = -1);
+    // Runs one Insert and returns the key the engine generated for its row; null where the engine's
+    // driver cannot tell (the driver manager's road).
+    QVariant ExecuteInsert(const QString &sql);
     void Close();
     bool IsOpen() const;
     // A unit of work whose statements others see only when it commits. Failures raise like Execute's.
@@ -75,6 +86,9 @@ private:
 QString NowText();
 // The order of day, month and year in the machine's short date: "DMY", "MDY" or "YMD".
 QString LocaleDateOrder();
+// A date read from the catalogue as the machine's short date writes it, four-digit year, so that it reads
+// back as typed; a text stored as it was sent stays as it is.
+QString DateText(const QVariant &value);
 // Whether a typed text is a date as the database reads it: day, month and year in the machine's short
 // date order (or year first, as 2026-12-31), separated by '/', '-' or '.', with a real day of a real
 // month; a two-digit year is 1930..2029. "31/02/2026", "tomorrow" and a date in the other day/month

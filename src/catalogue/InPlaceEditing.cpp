@@ -175,9 +175,12 @@ void InPlaceEditing::SaveRows(const StatementFor &insertSql, const StatementFor 
         int counter = 0;
         for (int row = 0; row < rows; ++row) {
             const QString state = m_grid->TextMatrix(row, StateColumn);
-            if (state == Insert)
-                gConnection->Execute(insertSql(row));
-            else if (state == Update)
+            if (state == Insert) {
+                // Written: should a later row fail, the next save must not write this one again.
+                const QVariant key = gConnection->ExecuteInsert(insertSql(row));
+                m_grid->setTextMatrix(row, KeyColumn, key.toString());
+                m_grid->setTextMatrix(row, StateColumn, Original);
+            } else if (state == Update)
                 gConnection->Execute(updateSql(row));
             if (counter == 10) {
                 UpdateProgressBox(double(row) / rows * 100, progressText);

@@ -47,7 +47,8 @@ public:
 
     // Every "Insert" and "Update" row through the statement the screen builds, the progress box from
     // the tenth row, then the list read again and the confirmation. A failure ends the save with the
-    // catalogue's save messages; rows written before it stay written.
+    // catalogue's save messages; rows written before it stay written, a new one now "Original" with the
+    // key the engine gave it, so that the next save does not write it again.
     using StatementFor = std::function<QString(int row)>;
     void SaveRows(const StatementFor &insertSql, const StatementFor &updateSql, const QString &progressText,
                   const std::function<void()> &reread, const QString &doneMessage);

@@ -68,7 +68,7 @@ frmClientControl::frmClientControl()
     PlaceTw(cmdBrowse, 6840, 330, 900, 375);
     optReplace = Named(new QRadioButton(QStringLiteral("&Replace"), fraImportOptions), "optReplace");
     PlaceTw(optReplace, 1080, 780, 1200, 300);
-    optReplace->setChecked(true);
+    // Neither road stands chosen: a replace wipes every client first, and only the operator may ask that.
     optAppend = Named(new QRadioButton(QStringLiteral("A&ppend"), fraImportOptions), "optAppend");
     PlaceTw(optAppend, 2400, 780, 1200, 300);
     cmdImport = Named(new QPushButton(QStringLiteral("&Import"), fraImportOptions), "cmdImport");
@@ -193,11 +193,15 @@ void frmClientControl::ImportClientList()
         MsgBox(QStringLiteral("File does not exist!"), vbExclamation);
         return;
     }
+    if (!optReplace->isChecked() && !optAppend->isChecked()) {
+        MsgBox(QStringLiteral("Choose Replace or Append before importing.  Nothing was imported."), vbExclamation);
+        return;
+    }
     QFile stream(RealPath(path));
     if (!stream.open(QIODevice::ReadOnly))
         RaiseVbError(VbErr::PermissionDenied);
     OpenDatabase();
-    if (!optAppend->isChecked())
+    if (optReplace->isChecked())
         gConnection->Execute(QStringLiteral("DELETE * FROM KEVRO_CLIENTS"));
     while (!stream.atEnd()) {
         // One name a line, with CR LF or LF; a line that is not UTF-8 is read in the Windows code page.

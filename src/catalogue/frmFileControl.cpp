@@ -225,9 +225,9 @@ void frmFileControl::EditSelectedRecord()
         entry->txtAppName->setText(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
         entry->txtWebLicense->setText(NullToEmpty(rs.Fields(QStringLiteral("APP_WEB_LICENSE"))).toString());
         entry->drpOwnerID->setEditText(NullToEmpty(rs.Fields(QStringLiteral("APP_OWNER"))).toString());
+        // The owner by its key: two owners may share a name. The two lists run in parallel.
         if (ownerExists)
-            entry->drpOwnerName->setCurrentIndex(
-                entry->drpOwnerName->findText(rs.Fields(QStringLiteral("OWNER_NAME")).toString(), Qt::MatchExactly));
+            entry->drpOwnerName->setCurrentIndex(entry->drpOwnerID->findText(QString::number(owner), Qt::MatchExactly));
         if (rs.Fields(QStringLiteral("APP_REQUIRES_LICENSE")).toBool())
             entry->chkRequiresLicense->setChecked(true);
         if (rs.Fields(QStringLiteral("APP_LICENSE_PER_MEDIA")).toBool())

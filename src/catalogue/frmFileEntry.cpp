@@ -30,7 +30,7 @@
 
 namespace {
 constexpr long FormWidth = 9360;
-constexpr long FormHeight = 7680;
+constexpr long FormHeight = 8040;
 
 QString truth(bool on)
 {
@@ -70,7 +70,7 @@ frmFileEntry::frmFileEntry()
     lblFromForm->hide();
 
     fraFileEditBoxes = Named(new QGroupBox(QStringLiteral("Application Information"), central), "fraFileEditBoxes");
-    PlaceTw(fraFileEditBoxes, 240, 1380, 8880, 2340);
+    PlaceTw(fraFileEditBoxes, 240, 1380, 8880, 2700);
     QWidget *f = fraFileEditBoxes;
     lblAppName = Named(new QLabel(QStringLiteral("Application Name:"), f), "lblAppName");
     PlaceTw(lblAppName, 180, 390, 1800, 285);
@@ -88,18 +88,19 @@ frmFileEntry::frmFileEntry()
     txtWebLicense = Named(new QLineEdit(f), "txtWebLicense");
     PlaceTw(txtWebLicense, 2040, 1215, 6600, 345);
     chkRequiresLicense = Named(new QCheckBox(f), "chkRequiresLicense");
+    // Room for every caption to read whole in a wide desktop font: the clipboard's box on a row of its own.
     PlaceTw(chkRequiresLicense, 2040, 1740, 255, 285);
     lblRequiresLicense = Named(new QLabel(QStringLiteral("Requires License"), f), "lblRequiresLicense");
-    PlaceTw(lblRequiresLicense, 2340, 1740, 1500, 285);
+    PlaceTw(lblRequiresLicense, 2340, 1740, 2100, 285);
     chkPerProductLicense = Named(new QCheckBox(QStringLiteral("License Per Product"), f), "chkPerProductLicense");
-    PlaceTw(chkPerProductLicense, 3960, 1725, 2040, 315);
+    PlaceTw(chkPerProductLicense, 4560, 1725, 2940, 315);
     lblCheckClipboard = Named(new QCheckBox(QStringLiteral("Monitor Clipboard for URLs"), f), "lblCheckClipboard");
-    PlaceTw(lblCheckClipboard, 6240, 1725, 2580, 315);
+    PlaceTw(lblCheckClipboard, 2040, 2160, 3900, 315);
     tmrClipboardCheck = Named(new QTimer(this), "tmrClipboardCheck");
     tmrClipboardCheck->setInterval(100);
 
     fraAppComponents = Named(new QGroupBox(QStringLiteral("Application Components"), central), "fraAppComponents");
-    PlaceTw(fraAppComponents, 240, 3840, 8880, 2700);
+    PlaceTw(fraAppComponents, 240, 4200, 8880, 2700);
     gridAppComponents = Named(new FlexGrid(fraAppComponents), "gridAppComponents");
     PlaceTw(gridAppComponents, 180, 330, 7020, 2220);
     txtEdit = Named(new QLineEdit(fraAppComponents), "txtEdit");
@@ -114,20 +115,23 @@ frmFileEntry::frmFileEntry()
     RecordFaces(m_faces, central, cmdDelete, "picDeleteNormal", "picDeleteHover", QStringLiteral("delete"),
                 &picDeleteNormal, &picDeleteHover);
 
-    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 6720, 8880);
-    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 6750, 8880);
+    Line1 = RuleLine(central, "Line1", "#c9d3de", 240, 7080, 8880);
+    linDark = RuleLine(central, "linDark", "#7f8c99", 240, 7110, 8880);
     cmdBack = Named(new QPushButton(QStringLiteral("< &Back"), central), "cmdBack");
-    PlaceTw(cmdBack, 6480, 6990, 1260, 450);
+    PlaceTw(cmdBack, 6480, 7350, 1260, 450);
     cmdSave = Named(new QPushButton(QStringLiteral("&Save"), central), "cmdSave");
     cmdSave->setDefault(true);
     cmdSave->setEnabled(false);
-    PlaceTw(cmdSave, 7860, 6990, 1260, 450);
+    PlaceTw(cmdSave, 7860, 7350, 1260, 450);
 
     // The components are edited in the floating box; neither a row's state nor Save changes with it.
-    On(gridAppComponents, &FlexGrid::DblClick, this,
-       [this] { FlexGridEditStart(gridAppComponents, txtEdit, vbKeySpace); });
+    // Only a component's cell opens it: never the heading, nor a grid with no component.
+    On(gridAppComponents, &FlexGrid::DblClick, this, [this] {
+        if (componentIsCurrent())
+            FlexGridEditStart(gridAppComponents, txtEdit, vbKeySpace);
+    });
     On(gridAppComponents, &FlexGrid::KeyPress, this, [this](int keyAscii) {
-        if (gridAppComponents->Rows() > gridAppComponents->FixedRows())
+        if (componentIsCurrent())
             FlexGridEditStart(gridAppComponents, txtEdit, keyAscii);
     });
     On(gridAppComponents, &FlexGrid::LeaveCell, this, [this] { commitCellEdit(); });
@@ -136,7 +140,11 @@ frmFileEntry::frmFileEntry()
               [this](int keyCode, int shift) { FlexGridEditKeyCode(gridAppComponents, txtEdit, keyCode, shift); });
 
     On(cmdAddAppCompRecord, &QPushButton::clicked, this, [this] {
-        gridAppComponents->AddItem(QStringLiteral("\t\t\tInsert"));
+        FlexGrid *g = gridAppComponents;
+        g->AddItem(QStringLiteral("\t\t\tInsert"));
+        // The first component after the last was deleted: the current row leaves the heading.
+        if (g->Row() < g->FixedRows())
+            g->setRow(g->FixedRows());
         cmdDelete->setEnabled(true);
     });
     On(cmdDelete, &QPushButton::clicked, this, [this] { cmdDelete_Click(); });
@@ -226,6 +234,12 @@ void frmFileEntry::commitCellEdit()
     txtEdit->hide();
 }
 
+bool frmFileEntry::componentIsCurrent() const
+{
+    const FlexGrid *g = gridAppComponents;
+    return g->Rows() > g->FixedRows() && g->Row() >= g->FixedRows();
+}
+
 bool frmFileEntry::GridIsFullyPopulated() const
 {
     for (int r = 1; r < gridAppComponents->Rows(); ++r)
@@ -247,7 +261,7 @@ void frmFileEntry::CheckClipboardForUrl()
 void frmFileEntry::cmdDelete_Click()
 {
     FlexGrid *g = gridAppComponents;
-    if (g->Rows() == 0)
+    if (!componentIsCurrent())
         return;
     if (MsgBox(QStringLiteral("Are you sure you want to delete this component?"), vbYesNo | vbExclamation) != vbYes)
         return;
@@ -263,7 +277,8 @@ void frmFileEntry::cmdDelete_Click()
     if (g->Rows() >= 3) {
         g->RemoveItem(g->Row());
     } else {
-        g->setRows(0);
+        // The heading stays, so that a component added now is a row below it and saved with the rest.
+        g->setRows(g->FixedRows());
         cmdDelete->setEnabled(false);
     }
 }
@@ -311,8 +326,9 @@ void frmFileEntry::saveApplication()
     const QString name = RemoveApostrophes(txtAppName->text());
     const QString owner = drpOwnerID->itemText(drpOwnerName->currentIndex());
     const QString web = RemoveApostrophes(txtWebLicense->text());
-    FlexGrid *g = gridAppComponents;
-    if (lblEditMode->text() == QLatin1String("Add")) {
+    const bool adding = lblEditMode->text() == QLatin1String("Add");
+    QString key;
+    if (adding && m_addedKey.isEmpty()) {
         gConnection->Execute(
             QStringLiteral("Insert Into KEVRO_APPS( ") + QStringLiteral("APP_NAME, ") + QStringLiteral("APP_OWNER, ") +
             QStringLiteral("APP_WEB_LICENSE, ") + QStringLiteral("APP_DATE_EDITED, ") +
@@ -330,37 +346,54 @@ void frmFileEntry::saveApplication()
             MsgBox(QStringLiteral("Could not save application components.  App header record does not exist."),
                    vbCritical);
         } else {
-            const QString key = rs.Fields(QStringLiteral("APP_ID")).toString();
-            for (int row = 1; row < g->Rows(); ++row)
-                gConnection->Execute(componentInsert(key, row));
+            key = rs.Fields(QStringLiteral("APP_ID")).toString();
+            m_addedKey = key;
         }
+    } else {
+        // Edited, or added by a save that failed further on: the application's row is there to update.
+        if (adding) {
+            key = m_addedKey;
+        } else {
+            auto *list = Forms::get<frmFileControl>();
+            key = list->gridFiles->TextMatrix(list->gridFiles->Row(), 0);
+        }
+        gConnection->Execute(QStringLiteral("Update KEVRO_APPS Set ") + QStringLiteral("APP_NAME = '") + name +
+                             QStringLiteral("', ") + QStringLiteral("APP_OWNER = '") + owner + QStringLiteral("', ") +
+                             QStringLiteral("APP_WEB_LICENSE = '") + web + QStringLiteral("', ") +
+                             QStringLiteral("APP_REQUIRES_LICENSE =") + truth(chkRequiresLicense->isChecked()) +
+                             QStringLiteral(", APP_LICENSE_PER_MEDIA =") + truth(chkPerProductLicense->isChecked()) +
+                             QStringLiteral(" Where APP_ID =") + key);
+    }
+    if (!key.isEmpty())
+        saveComponents(key);
+    if (adding) {
         MsgBox(QStringLiteral("Record added to KEVRO database"), vbInformation);
         CloseDatabase();
         txtAppName->setFocus();
-        ReturnToCaller();
-        return;
+    } else {
+        MsgBox(QStringLiteral("Record updated in KEVRO database"), vbInformation);
+        CloseDatabase();
     }
-    auto *list = Forms::get<frmFileControl>();
-    const QString key = list->gridFiles->TextMatrix(list->gridFiles->Row(), 0);
-    gConnection->Execute(QStringLiteral("Update KEVRO_APPS Set ") + QStringLiteral("APP_NAME = '") + name +
-                         QStringLiteral("', ") + QStringLiteral("APP_OWNER = '") + owner + QStringLiteral("', ") +
-                         QStringLiteral("APP_WEB_LICENSE = '") + web + QStringLiteral("', ") +
-                         QStringLiteral("APP_REQUIRES_LICENSE =") + truth(chkRequiresLicense->isChecked()) +
-                         QStringLiteral(", APP_LICENSE_PER_MEDIA =") + truth(chkPerProductLicense->isChecked()) +
-                         QStringLiteral(" Where APP_ID =") + key);
+    ReturnToCaller();
+}
+
+void frmFileEntry::saveComponents(const QString &appKey)
+{
     // Every component is written again, changed or not.
+    FlexGrid *g = gridAppComponents;
     for (int row = 1; row < g->Rows(); ++row) {
-        if (g->TextMatrix(row, 3) == QLatin1String("Insert"))
-            gConnection->Execute(componentInsert(key, row));
-        else
+        if (g->TextMatrix(row, 3) == QLatin1String("Insert")) {
+            // Written: should a later row fail, the next save updates this one instead of adding it again.
+            const QVariant id = gConnection->ExecuteInsert(componentInsert(appKey, row));
+            g->setTextMatrix(row, 0, id.toString());
+            g->setTextMatrix(row, 3, QStringLiteral("Update"));
+        } else if (!g->TextMatrix(row, 0).isEmpty()) { // empty: written, and the driver gave no key
             gConnection->Execute(QStringLiteral("Update KEVRO_APP_COMPONENTS Set ") + QStringLiteral("EXE_NAME = '") +
                                  RemoveApostrophes(g->TextMatrix(row, 1)) + QStringLiteral("', ") +
                                  QStringLiteral("EXE_DESCRIPTION = '") + RemoveApostrophes(g->TextMatrix(row, 2)) +
                                  QStringLiteral("' ") + QStringLiteral("Where EXE_ID = ") + g->TextMatrix(row, 0));
+        }
     }
-    MsgBox(QStringLiteral("Record updated in KEVRO database"), vbInformation);
-    CloseDatabase();
-    ReturnToCaller();
 }
 
 void frmFileEntry::ReturnToCaller()

@@ -59,7 +59,13 @@ private:
     void cmdDelete_Click();
     void cmdSave_Click();
     void saveApplication();
+    void saveComponents(const QString &appKey);
     QString componentInsert(const QString &appKey, int row) const;
+    // A component row, not the heading, is the current row.
+    bool componentIsCurrent() const;
 
     HoverPictures *m_faces;
+    // The key of the application an earlier save of this screen added: a save that failed after the
+    // application's row was written leaves it to be updated, not added a second time.
+    QString m_addedKey;
 };

@@ -193,9 +193,10 @@ void frmLicenseControl::LoadLicenseForEdit()
                 QStringLiteral("Having KEVRO_LICENSES.LICENSE_ID=") + QString::number(licence) + QStringLiteral(";"),
             gConnection.get());
     if (!(rs.Bof() && rs.Eof())) {
-        entry->drpLicenseFile->setEditText(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
-        entry->txtStartDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_FROM"))).toString());
-        entry->txtEndDate->setText(NullToEmpty(rs.Fields(QStringLiteral("LICENSE_VALID_TO"))).toString());
+        entry->ShowApplication(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
+        // Dates as the operator types them, whether the engine kept the text or made a date of it.
+        entry->txtStartDate->setText(DateText(rs.Fields(QStringLiteral("LICENSE_VALID_FROM"))));
+        entry->txtEndDate->setText(DateText(rs.Fields(QStringLiteral("LICENSE_VALID_TO"))));
         entry->chkPerminantLicense->setChecked(rs.Fields(QStringLiteral("LICENSE_PERMINANT")).toBool());
         entry->chkPerminantLicense_Click();
     } else {

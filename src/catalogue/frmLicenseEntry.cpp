@@ -48,10 +48,8 @@ frmLicenseEntry::frmLicenseEntry()
     QWidget *f = frmFileEditBoxes;
     lblLicenseFile = Named(new QLabel(QStringLiteral("Licence Application:"), f), "lblLicenseFile");
     PlaceTw(lblLicenseFile, 180, 390, 1800, 285);
-    // A drop-down whose text can also be set to a name that is not (or not yet) in its list.
+    // A list to choose from, never to type into: only the applications listed can get a licence here.
     drpLicenseFile = Named(new QComboBox(f), "drpLicenseFile");
-    drpLicenseFile->setEditable(true);
-    drpLicenseFile->setInsertPolicy(QComboBox::NoInsert);
     PlaceTw(drpLicenseFile, 2040, 345, 5400, 345);
     lblStartDate = Named(new QLabel(QStringLiteral("Start Date:"), f), "lblStartDate");
     PlaceTw(lblStartDate, 180, 870, 1800, 285);
@@ -119,15 +117,24 @@ bool frmLicenseEntry::PopulateFileList()
                 QStringLiteral("APP_LICENSE_PER_MEDIA = False ") + QStringLiteral("Order By APP_NAME"),
             gConnection.get());
     const bool any = !(rs.Bof() && rs.Eof());
-    const QString shown = drpLicenseFile->currentText(); // filling the list chooses nothing
+    const int shown = drpLicenseFile->currentIndex(); // filling the list chooses nothing
     while (!rs.Eof()) {
         drpLicenseFile->addItem(NullToEmpty(rs.Fields(QStringLiteral("APP_NAME"))).toString());
         rs.MoveNext();
     }
-    drpLicenseFile->setCurrentIndex(-1);
-    drpLicenseFile->setEditText(shown);
+    drpLicenseFile->setCurrentIndex(shown);
     CloseDatabase();
     return any;
+}
+
+void frmLicenseEntry::ShowApplication(const QString &name)
+{
+    int index = drpLicenseFile->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index < 0) {
+        drpLicenseFile->addItem(name);
+        index = drpLicenseFile->count() - 1;
+    }
+    drpLicenseFile->setCurrentIndex(index);
 }
 
 void frmLicenseEntry::chkPerminantLicense_Click()

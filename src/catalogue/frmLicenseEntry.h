@@ -31,6 +31,9 @@ public:
 
     // Adds the applications that take a licence per client; true when there were any.
     bool PopulateFileList();
+    // Chooses a licence's application in the list; one the list does not hold (not filled, or no longer
+    // taking a licence per client) is added for this licence alone.
+    void ShowApplication(const QString &name);
     void ReturnToLicenseControl();
     // The look of the date boxes for a permanent licence or one with a period.
     void chkPerminantLicense_Click();
