@@ -11,14 +11,6 @@
 
 class QSqlError;
 
-// The engines' failures that are neither a refused command nor a broken rule: the screens' general
-// message tells them by these numbers.
-namespace DbErr {
-constexpr long Busy = -2147217871;          // the catalogue is locked by another connection (timeout expired)
-constexpr long DataError = -2147217913;     // a value the column cannot take (too long, no such date)
-constexpr long EngineFailure = -2147217887; // read-only, I/O, full or damaged catalogue, lost server
-} // namespace DbErr
-
 // A connection to the catalogue through the data source the connection string names. Statements go
 // one at a time; nothing is held open between units of work.
 class Connection final

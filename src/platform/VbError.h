@@ -53,6 +53,11 @@ constexpr long ConnectionFailed = VbErr::UnspecifiedFailure;    // no such data 
 constexpr long NoCurrentRecord = 3021;
 constexpr long ItemNotFound = 3265;
 constexpr long ObjectClosed = 3704; // a recordset used after it was closed
+// The engines' failures that are neither a refused command nor a broken rule: the screens' general
+// message tells them by these numbers.
+constexpr long Busy = -2147217871;          // the catalogue is locked by another connection (timeout expired)
+constexpr long DataError = -2147217913;     // a value the column cannot take (too long, no such date)
+constexpr long EngineFailure = -2147217887; // read-only, I/O, full or damaged catalogue, lost server
 } // namespace DbErr
 
 // Builds the failure for a number the runtime knows, with its usual description.
