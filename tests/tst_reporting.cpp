@@ -6,6 +6,7 @@
 #include "CatalogueFixture.h"
 #include "DiscFixture.h"
 #include "HostileDisc.h"
+#include "JobReports.h"
 #include "Operator.h"
 #include "TestSupport.h"
 
@@ -47,76 +48,12 @@ namespace {
 
 const QString ClientName = QStringLiteral("Northwind Records");
 
-// The report as lines, this run's folders and clock put back into the placeholders of the expected
-// files: {DISC} and {APP} for the upper-case disc and application folders, {NOW} for the date and time.
-// Every line must end in CR LF.
-QStringList reportLines(const QString &path, const QString &disc)
-{
-    QByteArray bytes = ReadTestFile(path);
-    if (bytes.count("\n") != bytes.count("\r\n"))
-        return {QStringLiteral("a line does not end in CR LF")};
-    if (!bytes.endsWith("\r\n"))
-        return {QStringLiteral("the last line does not end in CR LF")};
-    QString text = QString::fromUtf8(bytes);
-    text.chop(2);
-    if (!disc.isEmpty())
-        text.replace(disc.toUpper(), QStringLiteral("{DISC}"));
-    text.replace(AppPath().toUpper(), QStringLiteral("{APP}"));
-    QStringList lines = text.split(QStringLiteral("\r\n"));
-    const QString year = QString::number(QDate::currentDate().year());
-    // The date and time: the sixth line of a plain report, the thirteenth of an HTML one.
-    if (path.endsWith(QLatin1String(".txt")) && lines.size() > 5 && lines[5].contains(year)) {
-        lines[5] = QStringLiteral("{NOW}");
-    } else if (lines.size() > 12) {
-        static const QRegularExpression stamp(QStringLiteral("^<FONT size=1>(.+)</FONT><BR><BR>$"));
-        const auto m = stamp.match(lines[12]);
-        if (m.hasMatch() && m.captured(1).contains(year))
-            lines[12] = QStringLiteral("<FONT size=1>{NOW}</FONT><BR><BR>");
-    }
-    return lines;
-}
-
 QStringList expectedLines(const QString &name)
 {
     QString text = QString::fromUtf8(ReadTestFile(QStringLiteral(KEVRO_SOURCE_DIR "/tests/reports/") + name));
     if (text.endsWith(QLatin1Char('\n')))
         text.chop(1);
     return text.split(QLatin1Char('\n'));
-}
-
-// Compares line by line, so that a difference names its line.
-bool sameLines(const QStringList &actual, const QStringList &expected)
-{
-    for (int i = 0; i < std::min(actual.size(), expected.size()); ++i) {
-        if (actual[i] != expected[i]) {
-            qWarning("line %d: got\n  %s\nexpected\n  %s", i + 1, qPrintable(actual[i]), qPrintable(expected[i]));
-            return false;
-        }
-    }
-    if (actual.size() != expected.size()) {
-        qWarning("%d lines, expected %d", int(actual.size()), int(expected.size()));
-        return false;
-    }
-    return true;
-}
-
-struct CheckRun {
-    int code = -1;
-    QString out;
-    QString err;
-};
-
-CheckRun kevroCheck(const QStringList &args)
-{
-    QProcess p;
-    p.start(QStringLiteral(KEVRO_CHECK), args);
-    CheckRun r;
-    if (!p.waitForFinished(120000))
-        return r;
-    r.code = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = QString::fromUtf8(p.readAllStandardOutput());
-    r.err = QString::fromUtf8(p.readAllStandardError());
-    return r;
 }
 
 template <class T> T *shown()
@@ -748,7 +685,7 @@ void TestReporting::kevroCheckExitCodes()
         {{"--client", client, "--catalogue", "X", disc, disc}, 2},
         {{"--client", "999", "--catalogue", "X", disc}, 3},
         {{"--client", client, "--catalogue", "X", disc + "/nothing here"}, 5},
-        {{"--client", client, "--catalogue", "X", disc + "/SETUP.EXE"}, 5},
+        {{"--client", client, "--catalogue", "X", disc + "/SETUP.EXE"}, 8}, // a file that is no disc image
     };
     for (const auto &[args, code] : refused) {
         const CheckRun r = kevroCheck(args);

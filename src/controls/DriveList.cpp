@@ -1,5 +1,6 @@
 #include "controls/DriveList.h"
 
+#include "platform/DiscImage.h"
 #include "platform/Paths.h"
 #include "platform/VbError.h"
 
@@ -52,8 +53,9 @@ void DriveList::setDrive(const QString &drive)
     if (root.size() > 1 && root.endsWith(QLatin1Char('/')))
         root.chop(1);
     int i = findData(root);
-    if (i < 0 && root.startsWith(QLatin1Char('/')) && QFileInfo(root).isDir()) {
-        // A folder joins the list as a volume of its own.
+    if (i < 0 && root.startsWith(QLatin1Char('/')) &&
+        (QFileInfo(root).isDir() || (QFileInfo(root).isFile() && IsDiscImage(root)))) {
+        // A folder, or a disc image file, joins the list as a volume of its own.
         root = QDir::cleanPath(root);
         i = findData(root);
         if (i < 0) {

@@ -3,9 +3,10 @@
 #include <QComboBox>
 
 // The list of drives: here the volumes, optical drives first (an empty one too), then the folders chosen
-// as volumes, read afresh each time the list opens. Drive is the selected volume's root path, "" while
-// none is chosen. Setting it to an existing folder adds that folder to the list; anything else that
-// names no volume raises 68 (device unavailable).
+// as volumes and the disc image files chosen, read afresh each time the list opens. Drive is the
+// selected volume's root path (an image's own path), "" while none is chosen. Setting it to an existing
+// folder or image file adds it to the list; anything else that names no volume raises 68 (device
+// unavailable).
 class DriveList final : public QComboBox
 {
     Q_OBJECT

@@ -1,5 +1,6 @@
 #include "platform/StoredPaths.h"
 
+#include "platform/DiscImage.h"
 #include "platform/Paths.h"
 
 #include <QDir>
@@ -115,6 +116,9 @@ struct Entry {
     int32_t folder;
     int32_t nameLength;
     int64_t nameAt;
+    int32_t node = -1;   // a file of the scanned disc image: its node there
+    bool hidden = false; // (for an image's file) its record says hidden
+    int64_t size = 0;    // (for an image's file) its size
 };
 
 // The files of the scan in the walk's order; the index by stored path is made when first asked for, so
@@ -129,6 +133,8 @@ struct Registry {
     QHash<QString, QList<int32_t>> later;          // the second, third... entries of a shared path
     QHash<QByteArray, QString> links;              // real paths that are no UTF-8, to their links
     int linkCount = 0;
+    std::shared_ptr<DiscImage> image;              // the disc image the walk listed, if it was one
+    QHash<int32_t, QString> copies;                // an image's files copied out, by node
 
     void index()
     {
@@ -223,6 +229,38 @@ QString linkTo(const QByteArray &native)
     return link;
 }
 
+// A file of the disc image copied out into the extract folder, once, for what opens files by their path
+// (a player, a picture, the desktop's opener). "" when it cannot be read.
+QString copyOut(int32_t e)
+{
+    Registry &r = registry();
+    const Entry &entry = r.entries[e];
+    const auto known = r.copies.constFind(entry.node);
+    if (known != r.copies.constEnd() && QFileInfo::exists(*known))
+        return *known;
+    if (!r.image)
+        return QString();
+    QString folder;
+    do
+        folder = AppPath() + QStringLiteral("/extract/.image/") + QString::number(++r.linkCount);
+    while (QFileInfo::exists(folder));
+    const QString path = folder + QLatin1Char('/') + cleanName(r.name(e));
+    QFile out(path);
+    if (!QDir().mkpath(folder) || !out.open(QIODevice::WriteOnly))
+        return QString();
+    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    for (int64_t at = 0; at < entry.size;) {
+        const int64_t n = r.image->Read(entry.node, at, buffer.data(), std::min<int64_t>(buffer.size(), entry.size - at));
+        if (n <= 0 || out.write(buffer.constData(), n) != n) {
+            out.remove();
+            return QString();
+        }
+        at += n;
+    }
+    out.close();
+    r.copies.insert(entry.node, path);
+    return path;
+}
 } // namespace
 
 QString StoredPath(const QString &storedFolder, QByteArrayView name)
@@ -277,6 +315,41 @@ void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nati
     r.indexed = false;
 }
 
+void RegisterImageFile(const QString &stored, QByteArrayView name, int32_t node, int64_t size, bool hidden)
+{
+    Registry &r = registry();
+    r.entries.append({-1, int32_t(name.size()), r.names.size(), node, hidden, size});
+    r.names.append(name);
+    r.stored.append(stored);
+    r.indexed = false;
+}
+
+void SetScannedImage(std::shared_ptr<DiscImage> image)
+{
+    registry().image = std::move(image);
+}
+
+std::shared_ptr<DiscImage> ScannedImage()
+{
+    return registry().image;
+}
+
+QList<int64_t> ImageFileSizes()
+{
+    QList<int64_t> out;
+    for (const Entry &e : std::as_const(registry().entries))
+        if (e.node >= 0)
+            out.append(e.size);
+    return out;
+}
+
+int32_t ImageNodeOf(const QString &stored, int occurrence)
+{
+    Registry &r = registry();
+    const int32_t e = r.find(stored, occurrence);
+    return e >= 0 ? r.entries[e].node : -1;
+}
+
 void RegisterRealPath(const QString &stored, const QString &real)
 {
     RegisterScanFile(stored, 0, QFile::encodeName(real));
@@ -284,7 +357,9 @@ void RegisterRealPath(const QString &stored, const QString &real)
 
 void ClearRealPaths()
 {
+    std::shared_ptr<DiscImage> image = registry().image;
     registry() = Registry();
+    registry().image = std::move(image);
 }
 
 int StoredPathCount(const QString &stored)
@@ -302,12 +377,16 @@ QByteArray NativePath(const QString &stored, int occurrence)
     Registry &r = registry();
     const int32_t e = r.find(stored, occurrence);
     if (e >= 0)
-        return r.native(e);
+        return r.entries[e].node >= 0 ? QByteArray() : r.native(e);
     return QFile::encodeName(resolveByName(stored));
 }
 
 QString RealPath(const QString &stored, int occurrence)
 {
+    Registry &r = registry();
+    const int32_t e = r.find(stored, occurrence);
+    if (e >= 0 && r.entries[e].node >= 0)
+        return copyOut(e);
     const QByteArray native = NativePath(stored, occurrence);
     return isUtf8(native) ? QString::fromUtf8(native) : linkTo(native);
 }
@@ -319,6 +398,13 @@ StoredFileInfo InfoOf(const QString &stored, int occurrence)
         return info;
     Registry &r = registry();
     const int32_t e = r.find(stored, occurrence);
+    if (e >= 0 && r.entries[e].node >= 0) {
+        // A file of the disc image: what its record says.
+        info.exists = r.image != nullptr;
+        info.size = r.entries[e].size;
+        info.hidden = r.entries[e].hidden || r.name(e).startsWith('.');
+        return info;
+    }
     struct stat st;
     // A listed file is a regular file of the disc; what stands there now is never followed elsewhere.
     const QByteArray native = e >= 0 ? r.native(e) : QFile::encodeName(resolveByName(stored));

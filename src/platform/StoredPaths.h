@@ -6,6 +6,9 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
+
+class DiscImage;
 
 // A stored path is the text a file of the scan is known by: upper case, and free of what a name may
 // hold on this platform but could not on the discs' own (control characters, "<" and ">", Unicode
@@ -29,6 +32,15 @@ QString ShownText(const QString &text);
 // in the walk's order. A folder's bytes are registered once and shared by its files.
 int32_t RegisterScanFolder(const QByteArray &nativeFolder); // with its trailing "/"; returns its number
 void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nativeName);
+// A file of a disc image the walk lists, by its node in the image, with what its record says.
+void RegisterImageFile(const QString &stored, QByteArrayView name, int32_t node, int64_t size, bool hidden);
+// The disc image the scan walks (null when the volume is a folder); it outlives the list of files.
+void SetScannedImage(std::shared_ptr<DiscImage> image);
+std::shared_ptr<DiscImage> ScannedImage();
+// The sizes of the files the walk listed in the disc image.
+QList<int64_t> ImageFileSizes();
+// The node in the scanned image of a stored path's file, or -1 for a file of a folder.
+int32_t ImageNodeOf(const QString &stored, int occurrence = 0);
 // A single file by its real path, for a file that no walk registered.
 void RegisterRealPath(const QString &stored, const QString &real);
 // Forgets every registered file (a new scan).
@@ -37,11 +49,13 @@ void ClearRealPaths();
 // How many registered files share a stored path (0 for one no walk registered).
 int StoredPathCount(const QString &stored);
 
-// The real file behind a stored path, as bytes for the file system. A path no walk registered is taken
-// as it is when it exists, else resolved folder by folder without regard to case.
+// The real file behind a stored path, as bytes for the file system ("" for a file inside a disc image).
+// A path no walk registered is taken as it is when it exists, else resolved folder by folder without
+// regard to case.
 QByteArray NativePath(const QString &stored, int occurrence = 0);
 // The same as a path every Qt class can open: a real path whose bytes are not UTF-8 is reached through
-// a link in the extract folder (made once, emptied with the extract folder).
+// a link in the extract folder, and a file inside a disc image is copied out into it (each made once,
+// emptied with the extract folder).
 QString RealPath(const QString &stored, int occurrence = 0);
 
 // What the screens and the report need to know of a listed file without opening it.

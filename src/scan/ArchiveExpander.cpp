@@ -147,17 +147,18 @@ bool makeFolders(const QByteArray &path)
 // building them (a reader with every format costs more than the walk of a small file): a
 // self-extractor starts with a program header, every other archive with its own mark, and a ZIP behind
 // anything else ends with its directory's end record within the last 64 KB.
-bool mayBeArchive(int fd, int64_t size)
+bool mayBeArchive(const ArchiveExpander::Source &source)
 {
     constexpr int64_t tailBytes = 65536 + 22 + 20; // the longest comment, the record, the ZIP64 locator
+    const int64_t size = source.size;
     if (size < 2)
         return false;
     // A small file is read once, head and tail together.
     QByteArray bytes(static_cast<qsizetype>(std::min<int64_t>(size, tailBytes)), Qt::Uninitialized);
     const int64_t from = size <= tailBytes ? 0 : size - tailBytes;
     char head[8] = {};
-    const ssize_t n = from == 0 ? std::min<ssize_t>(8, size) : ::pread(fd, head, sizeof head, 0);
-    if (::pread(fd, bytes.data(), static_cast<size_t>(bytes.size()), from) != bytes.size() || n < 2)
+    const int64_t n = from == 0 ? std::min<int64_t>(8, size) : source.read(0, head, sizeof head);
+    if (source.read(from, bytes.data(), bytes.size()) != bytes.size() || n < 2)
         return true; // let the readers judge
     const QByteArrayView h = from == 0 ? QByteArrayView(bytes).first(n) : QByteArrayView(head, n);
     for (const char *mark : {"MZ", "\x7F" "ELF", "PK", "7z\xBC\xAF\x27\x1C", "Rar!", "MSCF"}) {
@@ -166,6 +167,70 @@ bool mayBeArchive(int fd, int64_t size)
     }
     const QByteArray &tail = bytes;
     return tail.contains(QByteArrayView("PK\x05\x06", 4)) || tail.contains(QByteArrayView("PK\x06\x07", 4));
+}
+
+// libarchive reads an archive through these, wherever its bytes lie.
+struct Reading {
+    const ArchiveExpander::Source *source;
+    int64_t position = 0;
+    std::vector<char> block = std::vector<char>(kReadBlock);
+};
+
+la_ssize_t readCallback(archive *a, void *data, const void **buffer)
+{
+    auto *r = static_cast<Reading *>(data);
+    const int64_t n = r->source->read(r->position, r->block.data(),
+                                      std::min<int64_t>(int64_t(r->block.size()), r->source->size - r->position));
+    if (n < 0) {
+        archive_set_error(a, EIO, "the archive's bytes cannot be read");
+        return -1;
+    }
+    r->position += n;
+    *buffer = r->block.data();
+    return n;
+}
+
+la_int64_t seekCallback(archive *, void *data, la_int64_t offset, int whence)
+{
+    auto *r = static_cast<Reading *>(data);
+    const int64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? r->position : r->source->size;
+    r->position = std::clamp<int64_t>(base + offset, 0, r->source->size);
+    return r->position;
+}
+
+la_int64_t skipCallback(archive *, void *data, la_int64_t request)
+{
+    auto *r = static_cast<Reading *>(data);
+    const int64_t skipped = std::clamp<int64_t>(request, 0, r->source->size - r->position);
+    r->position += skipped;
+    return skipped;
+}
+
+int openReading(archive *a, Reading &reading)
+{
+    archive_read_set_read_callback(a, readCallback);
+    archive_read_set_seek_callback(a, seekCallback);
+    archive_read_set_skip_callback(a, skipCallback);
+    archive_read_set_callback_data(a, &reading);
+    return archive_read_open1(a);
+}
+
+// The bytes of a regular file, through its handle.
+ArchiveExpander::Source fileSource(const Fd &fd, int64_t size)
+{
+    const int handle = fd.get();
+    return {size, [handle](int64_t offset, char *out, int64_t n) -> int64_t {
+                int64_t done = 0;
+                while (done < n) {
+                    const ssize_t got = ::pread(handle, out + done, size_t(n - done), offset + done);
+                    if (got < 0 && errno == EINTR)
+                        continue;
+                    if (got <= 0)
+                        return got < 0 ? -1 : done;
+                    done += got;
+                }
+                return done;
+            }};
 }
 
 bool unrecognised(archive *a)
@@ -557,10 +622,18 @@ long ArchiveExpander::ReadContents(const QByteArray &archivePath)
     bool regular = false;
     int64_t size = 0;
     Fd fd = openArchiveFile(archivePath, regular, size);
-    if (!regular || !mayBeArchive(fd.get(), size))
+    if (!regular)
+        return 1;
+    return ReadContents(fileSource(fd, size));
+}
+
+long ArchiveExpander::ReadContents(const Source &source)
+{
+    if (!mayBeArchive(source))
         return 1;
     ArchivePtr a = newReader();
-    if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
+    Reading reading{&source};
+    if (openReading(a.get(), reading) != ARCHIVE_OK) {
         if (unrecognised(a.get()))
             return 1;
         throw VbError(ErrDamagedArchive, libarchiveMessage(a.get()));
@@ -590,6 +663,24 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
 
 bool ArchiveExpander::Expand(const QByteArray &archivePath, const QByteArray &targetFolder)
 {
+    Fd fd;
+    bool regular = false;
+    int64_t size = 0;
+    try {
+        fd = openArchiveFile(archivePath, regular, size);
+    } catch (const VbError &e) {
+        m_warnings.clear();
+        m_warningsLeftOut = 0;
+        warn(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
+        return true;
+    }
+    if (!regular)
+        return true;
+    return Expand(fileSource(fd, size), targetFolder);
+}
+
+bool ArchiveExpander::Expand(const Source &source, const QByteArray &targetFolder)
+{
     m_warnings.clear();
     m_warningsLeftOut = 0;
     const QString shownTarget = ShownText(QFile::decodeName(targetFolder));
@@ -608,23 +699,13 @@ bool ArchiveExpander::Expand(const QByteArray &archivePath, const QByteArray &ta
         warn(shownTarget + QStringLiteral(": the folder cannot be opened"));
         return true;
     }
-    Fd fd;
-    bool regular = false;
-    int64_t size = 0;
-    try {
-        fd = openArchiveFile(archivePath, regular, size);
-    } catch (const VbError &e) {
-        warn(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
-        return true;
-    }
-    if (!regular)
-        return true;
     ArchivePtr a = newReader();
-    if (archive_read_open_fd(a.get(), fd.get(), kReadBlock) != ARCHIVE_OK) {
+    Reading reading{&source};
+    if (openReading(a.get(), reading) != ARCHIVE_OK) {
         warn(QStringLiteral("the archive cannot be read (") + libarchiveMessage(a.get()) + QLatin1Char(')'));
         return true;
     }
-    Run run{*this, a.get(), target.get(), size, targetNative};
+    Run run{*this, a.get(), target.get(), source.size, targetNative};
     archive_entry *e = nullptr;
     int retries = 0;
     while (!run.stopped && !run.broken && !m_abort) {

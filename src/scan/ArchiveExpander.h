@@ -33,6 +33,13 @@ public:
         std::function<void()> pumpEvents;          // lets a click on Cancel arrive
     };
 
+    // An archive's bytes wherever they lie (a file of a folder, a file inside a disc image): its size,
+    // and how n bytes from an offset are read (the number read, -1 when they cannot be).
+    struct Source {
+        int64_t size = 0;
+        std::function<int64_t(int64_t offset, char *out, int64_t n)> read;
+    };
+
     ArchiveExpander();
     explicit ArchiveExpander(Limits limits);
 
@@ -46,6 +53,7 @@ public:
     static constexpr long ErrDamagedArchive = VbErr::InvalidFileFormat;
     long ReadContents(const QString &archivePath);
     long ReadContents(const QByteArray &nativeArchivePath);
+    long ReadContents(const Source &source);
 
     // Expands every member into targetFolder (created as needed), keeping the member's folders and
     // overwriting what is there. Members that cannot or must not be written are skipped and named in the
@@ -54,6 +62,7 @@ public:
     // was aborted or stopped by a bound.
     bool Expand(const QString &archivePath, const QString &targetFolder);
     bool Expand(const QByteArray &nativeArchivePath, const QByteArray &nativeTargetFolder);
+    bool Expand(const Source &source, const QByteArray &nativeTargetFolder);
 
     // Set by Cancel: stops the running expansion at the next block.
     void setAbort(bool abort) { m_abort = abort; }

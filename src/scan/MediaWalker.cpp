@@ -106,8 +106,10 @@ QString FirstReviewScreen(const KindsToReview &kinds)
     return QStringLiteral("frmScanResultsOther");
 }
 
-QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath)
+QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath, bool insideImage)
 {
+    if (insideImage)
+        return QFile::encodeName(ExtractFolder()) + '/' + nativeArchivePath;
     QByteArray root = QFile::encodeName(ScannedVolume());
     if (!root.endsWith('/'))
         root += '/';
@@ -144,10 +146,21 @@ void MediaWalker::SetDrive(const QString &volumeRoot)
     QString root = volumeRoot;
     if (root.size() > 1 && root.endsWith(kSlash))
         root.chop(1);
+    m_imagePath.clear();
+    m_image.reset();
+    if (QFileInfo(root).isFile()) {
+        QString why;
+        m_image = DiscImage::Open(root, &why);
+        if (!m_image)
+            throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(root, why));
+        m_imagePath = root;
+    }
+    SetScannedImage(m_image);
     SetScannedVolume(root);
     gScanDrive = root == kSlash ? QString() : root;
     m_dirPath = gScanDrive + kSlash;
-    m_volume = {QFile::encodeName(m_dirPath), StoredText(m_dirPath), m_dirPath};
+    m_volume = {m_image ? QByteArray() : QFile::encodeName(m_dirPath), StoredText(m_dirPath), m_dirPath,
+                m_image ? m_image->Root() : -1};
     m_dir = m_volume;
 }
 
@@ -158,11 +171,32 @@ void MediaWalker::Cancel()
     pump();
 }
 
-MediaWalker::Folder MediaWalker::sub(const Folder &parent, const QByteArray &name) const
+MediaWalker::Folder MediaWalker::sub(const Folder &parent, const SubFolder &child) const
 {
-    const QByteArray native = parent.native + name;
-    const QString shown = QFile::decodeName(native);
-    return {native + '/', parent.stored + StoredName(name) + kSlash, shown + kSlash};
+    const QByteArray native = parent.native + child.name;
+    const QString shown = parent.node >= 0 ? parent.shown + QString::fromUtf8(child.name) : QFile::decodeName(native);
+    return {native + '/', parent.stored + StoredName(child.name) + kSlash, shown + kSlash, child.node};
+}
+
+QList<MediaWalker::SubFolder> MediaWalker::listImage(const Folder &folder, const FileSink &sink)
+{
+    const DiscImage::Listing listing = m_image->List(folder.node);
+    // A folder of which nothing could be read fails as an unreadable folder does; one read in part is
+    // listed as far as it goes, with a warning.
+    if (!listing.problem.isEmpty() && listing.entries.isEmpty())
+        throw VbError(VbErr::DeviceIOError, listing.problem);
+    if (!listing.problem.isEmpty())
+        MsgBox(QStringLiteral("Error ") + QString::number(VbErr::DeviceIOError), vbExclamation, QString(),
+               ShownText(folder.shown.chopped(1)) + QStringLiteral(": not all of the folder could be read (") +
+                   listing.problem + QStringLiteral("); what could be read is listed"));
+    QList<SubFolder> folders;
+    for (const DiscImage::Entry &e : listing.entries) {
+        if (e.folder)
+            folders.append({e.name, e.node});
+        else
+            sink(e.name.constData(), e.name.size(), &e);
+    }
+    return folders;
 }
 
 bool MediaWalker::isOwnFolder(int dirFd, const char *name, ino_t inode, const QByteArray &path) const
@@ -178,9 +212,11 @@ bool MediaWalker::isOwnFolder(int dirFd, const char *name, ino_t inode, const QB
     return false;
 }
 
-QList<QByteArray> MediaWalker::list(const Folder &folder, const FileSink &sink)
+QList<MediaWalker::SubFolder> MediaWalker::list(const Folder &folder, const FileSink &sink)
 {
-    QList<QByteArray> folders;
+    if (folder.node >= 0)
+        return listImage(folder, sink);
+    QList<SubFolder> folders;
     const QByteArray native = folder.native.isEmpty() ? QFile::encodeName(QDir::currentPath()) : folder.native;
     DIR *dir = opendir(native.constData());
     if (!dir)
@@ -205,11 +241,11 @@ QList<QByteArray> MediaWalker::list(const Folder &folder, const FileSink &sink)
         }
         // A link, pipe, socket or device is no file of the disc: never listed, followed or opened.
         if (type == DT_REG) {
-            sink(name, static_cast<qsizetype>(std::strlen(name)));
+            sink(name, static_cast<qsizetype>(std::strlen(name)), nullptr);
         } else if (type == DT_DIR) {
             const QByteArray n(name);
             if (m_ownFolders.isEmpty() || !isOwnFolder(fd, name, e->d_ino, native + (native.endsWith('/') ? "" : "/") + n))
-                folders.append(n);
+                folders.append({n, -1});
         }
     }
     const int err = errno;
@@ -222,22 +258,31 @@ QList<QByteArray> MediaWalker::list(const Folder &folder, const FileSink &sink)
 MediaWalker::Files MediaWalker::AllFiles(const Folder &folder)
 {
     Files out;
-    const QByteArray base = folder.native.isEmpty() ? QFile::encodeName(QDir::currentPath()) + '/' : folder.native;
-    const int32_t folderNumber = RegisterScanFolder(base);
-    const FileSink sink = [&](const char *raw, qsizetype length) {
+    const bool image = folder.node >= 0;
+    const QByteArray base =
+        folder.native.isEmpty() && !image ? QFile::encodeName(QDir::currentPath()) + '/' : folder.native;
+    const int32_t folderNumber = image ? -1 : RegisterScanFolder(base);
+    const FileSink sink = [&](const char *raw, qsizetype length, const DiscImage::Entry *record) {
         const QByteArrayView name(raw, length);
         QString stored = StoredPath(folder.stored, name);
-        RegisterScanFile(stored, folderNumber, name);
+        if (record)
+            RegisterImageFile(stored, name, record->node, record->size, record->hidden);
+        else
+            RegisterScanFile(stored, folderNumber, name);
         ++gFilesScanned;
         if (m_display.currentAction)
             m_display.currentAction(ShortenPath(stored, m_maxPathLabel));
         // The real path is kept only for the files whose content the classification reads.
-        out.natives.append(ClassifyTail(stored) == FileTail::ArchiveCandidate ? base + name.toByteArray() : QByteArray());
+        if (ClassifyTail(stored) == FileTail::ArchiveCandidate)
+            out.places.append({base + name.toByteArray(), record ? record->node : -1});
+        else
+            out.places.append(Where{});
         out.stored.append(std::move(stored));
     };
-    const QList<QByteArray> folders = list(folder, sink);
+    const QList<SubFolder> folders = list(folder, sink);
     // The subfolders come with the same listing; the walk of this folder's subfolders takes them.
     m_lastListed = folder.native;
+    m_lastListedNode = folder.node;
     m_lastListedValid = true;
     m_lastListedFolders = folders;
     pump();
@@ -248,7 +293,7 @@ int32_t MediaWalker::NumFilesInPath(const Folder &folder)
 {
     try {
         int32_t count = 0;
-        list(folder, [&](const char *, qsizetype) { ++count; });
+        list(folder, [&](const char *, qsizetype, const DiscImage::Entry *) { ++count; });
         return count;
     } catch (const VbError &) {
         return 0; // no handle, no files
@@ -259,7 +304,7 @@ void MediaWalker::ListTopFolders()
 {
     ResetList(m_topFolders);
     m_topFolderSet.clear();
-    QList<QByteArray> names;
+    QList<SubFolder> names;
     try {
         names = subFolderNames(m_dir);
     } catch (const VbError &) {
@@ -276,17 +321,26 @@ void MediaWalker::ListTopFolders()
     }
 }
 
-QList<QByteArray> MediaWalker::subFolderNames(const Folder &folder)
+QList<MediaWalker::SubFolder> MediaWalker::subFolderNames(const Folder &folder)
 {
-    if (m_lastListedValid && folder.native == m_lastListed)
+    if (m_lastListedValid && folder.native == m_lastListed && folder.node == m_lastListedNode)
         return m_lastListedFolders;
-    return list(folder, [](const char *, qsizetype) {});
+    return list(folder, [](const char *, qsizetype, const DiscImage::Entry *) {});
 }
 
-bool MediaWalker::FileIsCompressed(const QString &stored, const QByteArray &native)
+ArchiveExpander::Source MediaWalker::imageSource(int32_t node) const
+{
+    std::shared_ptr<DiscImage> image = m_image;
+    return {image->Size(node), [image, node](int64_t offset, char *out, int64_t n) {
+                return image->Read(node, offset, out, n);
+            }};
+}
+
+bool MediaWalker::FileIsCompressed(const QString &stored, const Where &where)
 {
     try {
-        return m_expander.ReadContents(native) == 0;
+        return (where.node >= 0 ? m_expander.ReadContents(imageSource(where.node))
+                                : m_expander.ReadContents(where.native)) == 0;
     } catch (const VbError &e) {
         if (e.number != VbErr::SetNotPermitted)
             MsgBox(QStringLiteral("Error ") + QString::number(e.number) +
@@ -298,14 +352,17 @@ bool MediaWalker::FileIsCompressed(const QString &stored, const QByteArray &nati
     }
 }
 
-void MediaWalker::expandArchive(const QString &stored, const QByteArray &native)
+void MediaWalker::expandArchive(const QString &stored, const Where &where)
 {
     if (m_display.compressedFile)
         m_display.compressedFile(QStringLiteral("Decompressing ") + FileNameOnly(stored));
     if (m_display.currentAction)
         m_display.currentAction(ShortenPath(stored, m_maxPathLabel).toUpper());
     pump();
-    m_expander.Expand(native, ArchiveTargetFolder(native));
+    if (where.node >= 0)
+        m_expander.Expand(imageSource(where.node), ArchiveTargetFolder(where.native, true));
+    else
+        m_expander.Expand(where.native, ArchiveTargetFolder(where.native));
     // The listing taken before this expansion may no longer hold every subfolder.
     m_lastListedValid = false;
     const QStringList &warnings = m_expander.warnings();
@@ -329,18 +386,18 @@ void MediaWalker::expandArchive(const QString &stored, const QByteArray &native)
 void MediaWalker::classifyAll(const Files &files)
 {
     for (qsizetype i = 0; i < files.stored.size(); ++i)
-        classify(files.stored[i], files.natives[i]);
+        classify(files.stored[i], files.places[i]);
 }
 
-void MediaWalker::classify(const QString &stored, const QByteArray &native)
+void MediaWalker::classify(const QString &stored, const Where &where)
 {
     switch (ClassifyTail(stored)) {
     case FileTail::Recognised:
         AppendToList(gMediaFiles, stored);
         break;
     case FileTail::ArchiveCandidate:
-        if (FileIsCompressed(stored, native))
-            expandArchive(stored, native);
+        if (FileIsCompressed(stored, where))
+            expandArchive(stored, where);
         // Recognised whether it expanded or not.
         AppendToList(gMediaFiles, stored);
         break;
@@ -375,15 +432,30 @@ void MediaWalker::ScanSubFolders()
     QList<Folder> subFolders;
     int i = 0;
     try {
-        const QList<QByteArray> names = subFolderNames(here);
+        const QList<SubFolder> names = subFolderNames(here);
         subFolders.reserve(names.size());
-        for (const QByteArray &n : names)
+        for (const SubFolder &n : names)
             subFolders.append(sub(here, n));
         pump();
         for (; i < subFolders.size() && !m_cancelled; ++i) {
             const Folder back = m_dir;
             const Folder &folder = subFolders[i];
-            classifyAll(AllFiles(folder));
+            if (folder.node >= 0) {
+                // In a disc image what can be listed is listed: a folder that cannot be read is left out
+                // alone, and the folders after it are walked.
+                Files files;
+                try {
+                    files = AllFiles(folder);
+                } catch (const VbError &e) {
+                    MsgBox(QStringLiteral("Error ") + QString::number(e.number), vbExclamation, QString(),
+                           ShownText(folder.shown.chopped(1)) + QStringLiteral(": the folder cannot be read (") +
+                               e.description + QStringLiteral("); it was left out"));
+                    continue;
+                }
+                classifyAll(files);
+            } else {
+                classifyAll(AllFiles(folder));
+            }
             m_dir = folder;
             m_dirPath = folder.shown.chopped(1);
             if (m_showProgress && m_topFolderSet.contains(folder.native)) {
@@ -427,6 +499,15 @@ void MediaWalker::ScanFiles()
     m_lastListedValid = false;
     m_dir = m_volume;
     m_dirPath = m_volume.shown;
+    if (!m_imagePath.isEmpty()) {
+        // Each walk reads the image afresh: what it listed before counts for nothing now.
+        QString why;
+        m_image = DiscImage::Open(m_imagePath, &why);
+        if (!m_image)
+            throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(m_imagePath, why));
+        SetScannedImage(m_image);
+        m_volume.node = m_dir.node = m_image->Root();
+    }
 
     // KEVRO's own folders lie outside every disc: a volume that holds them is walked without them.
     m_ownFolders.clear();

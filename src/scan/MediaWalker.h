@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DiscImage.h"
 #include "scan/ArchiveExpander.h"
 
 #include <QSet>
@@ -27,7 +28,8 @@ QString FirstReviewScreen(const KindsToReview &kinds);
 // The target folder of an archive found at a real path: the extract folder, then the path without its
 // volume root. The archive's own name becomes a folder name, so no two archives of a scan clash (two
 // whose stored paths are equal keep their own folders, as their real names differ).
-QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath);
+// An archive inside a disc image expands below its path inside the image.
+QByteArray ArchiveTargetFolder(const QByteArray &nativeArchivePath, bool insideImage = false);
 
 // The walk of one volume: every file of every folder, depth first, into gMediaFiles or gExternalFiles,
 // archives expanded as they are met, then the extract folder walked the same way. It works without a
@@ -52,7 +54,8 @@ public:
     // Run the pre-scan and move the progress bar by top-level folders.
     void setShowProgress(bool on) { m_showProgress = on; }
 
-    // The volume to walk: its root becomes the working folder and the scanned volume.
+    // The volume to walk: its root becomes the working folder and the scanned volume. A disc image file
+    // is a volume of its own; a file that is no image raises 68 with the reason.
     void SetDrive(const QString &volumeRoot);
     QString DirPath() const { return m_dirPath; }
 
@@ -77,21 +80,34 @@ public:
 private:
     // A folder of the walk: the file system's bytes, its stored form and its path as shown, each with
     // the trailing "/" (the stored form of the process's current folder is "").
+    // (In a disc image: the path inside the image as its bytes, and the folder's node there.)
     struct Folder {
         QByteArray native;
         QString stored;
         QString shown;
+        int32_t node = -1;
     };
-    Folder sub(const Folder &parent, const QByteArray &name) const;
-    // A folder's regular files go to the sink, its subfolders (KEVRO's own folders left out) to the
-    // result, in the file system's order; links, pipes, sockets and devices are passed over.
-    using FileSink = std::function<void(const char *name, qsizetype length)>;
-    QList<QByteArray> list(const Folder &folder, const FileSink &sink);
-    // The files of a folder as stored paths; the real path of each archive candidate beside its path
-    // (empty for the others).
+    struct SubFolder {
+        QByteArray name;
+        int32_t node = -1;
+    };
+    Folder sub(const Folder &parent, const SubFolder &child) const;
+    // A folder's regular files go to the sink (with their image record, in an image), its subfolders
+    // (KEVRO's own folders left out) to the result, in the file system's or the image's record order;
+    // links, pipes, sockets and devices are passed over.
+    using FileSink = std::function<void(const char *name, qsizetype length, const DiscImage::Entry *record)>;
+    QList<SubFolder> list(const Folder &folder, const FileSink &sink);
+    QList<SubFolder> listImage(const Folder &folder, const FileSink &sink);
+    // Where a file's content is read: its real path, or its path and node in the disc image.
+    struct Where {
+        QByteArray native;
+        int32_t node = -1;
+    };
+    // The files of a folder as stored paths; where each archive candidate lies beside its path (empty
+    // for the others).
     struct Files {
         QStringList stored;
-        QList<QByteArray> natives;
+        QList<Where> places;
     };
     Files AllFiles(const Folder &folder);
     int32_t NumFilesInPath(const Folder &folder);
@@ -99,11 +115,12 @@ private:
     void ScanRootFiles(const Folder &start);
     void ScanSubFolders();
     void ListTopFolders();
-    QList<QByteArray> subFolderNames(const Folder &folder);
+    QList<SubFolder> subFolderNames(const Folder &folder);
     void classifyAll(const Files &files);
-    void classify(const QString &stored, const QByteArray &native);
-    void expandArchive(const QString &stored, const QByteArray &native);
-    bool FileIsCompressed(const QString &stored, const QByteArray &native);
+    void classify(const QString &stored, const Where &where);
+    void expandArchive(const QString &stored, const Where &where);
+    bool FileIsCompressed(const QString &stored, const Where &where);
+    ArchiveExpander::Source imageSource(int32_t node) const;
     bool isOwnFolder(int dirFd, const char *name, ino_t inode, const QByteArray &path) const;
     void pump();
     void showCount();
@@ -130,6 +147,10 @@ private:
     QList<Identity> m_ownFolders;
     // Subfolders seen by the last listing of a folder, handed to the walk of that folder's subfolders.
     QByteArray m_lastListed;
+    int32_t m_lastListedNode = -1;
     bool m_lastListedValid = false;
-    QList<QByteArray> m_lastListedFolders;
+    QList<SubFolder> m_lastListedFolders;
+    // The disc image the volume is, if it is one; opened afresh for each walk.
+    QString m_imagePath;
+    std::shared_ptr<DiscImage> m_image;
 };

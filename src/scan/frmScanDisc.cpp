@@ -45,10 +45,13 @@ frmScanDisc::frmScanDisc()
     PlaceTw(lblDriveToScan, 360, 1200, 1500, 300);
     Drive1 = Named(new DriveList(central), "Drive1");
     lblDriveToScan->setBuddy(Drive1);
-    PlaceTw(Drive1, 1860, 1140, 4260, 390);
+    PlaceTw(Drive1, 1860, 1140, 3060, 390);
     cmdChooseFolder = Named(new QPushButton(QStringLiteral("Fol&der..."), central), "cmdChooseFolder");
     cmdChooseFolder->setToolTip(QStringLiteral("Scan a folder, such as a master delivered as a copy"));
-    PlaceTw(cmdChooseFolder, 6240, 1125, 1200, 420);
+    PlaceTw(cmdChooseFolder, 5040, 1125, 1140, 420);
+    cmdChooseImage = Named(new QPushButton(QStringLiteral("I&mage..."), central), "cmdChooseImage");
+    cmdChooseImage->setToolTip(QStringLiteral("Scan a disc image file (ISO, UDF, BIN/CUE) without burning or mounting it"));
+    PlaceTw(cmdChooseImage, 6300, 1125, 1140, 420);
 
     frmFilesToScan = Named(new QGroupBox(QStringLiteral("What files do you want to scan?"), central), "frmFilesToScan");
     PlaceTw(frmFilesToScan, 360, 1740, 7080, 1680);
@@ -80,6 +83,7 @@ frmScanDisc::frmScanDisc()
 
     On(Drive1, &QComboBox::currentIndexChanged, this, [this] { Drive1_Change(); });
     On(cmdChooseFolder, &QPushButton::clicked, this, [this] { cmdChooseFolder_Click(); });
+    On(cmdChooseImage, &QPushButton::clicked, this, [this] { cmdChooseImage_Click(); });
     On(cmdNext, &QPushButton::clicked, this, [this] { cmdNext_Click(); });
     On(cmdPrevious, &QPushButton::clicked, this, [this] { cmdPrevious_Click(); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { EndProcess(0); });
@@ -110,7 +114,7 @@ void frmScanDisc::Drive1_Change()
     // Touches the new volume, as asking for its current folder did; nothing catches a failure here. An
     // empty optical drive is a drive all the same: Next tells the operator it holds no disc.
     const QString drive = Drive1->Drive();
-    if (!QFileInfo(drive).isDir() && !IsEmptyDrive(drive))
+    if (!QFileInfo::exists(drive) && !IsEmptyDrive(drive))
         RaiseVbError(VbErr::DeviceUnavailable);
 }
 
@@ -120,6 +124,21 @@ void frmScanDisc::cmdChooseFolder_Click()
         QFileDialog::getExistingDirectory(this, QStringLiteral("Folder To Scan"), Drive1->Drive());
     if (!folder.isEmpty())
         Drive1->setDrive(folder);
+}
+
+void frmScanDisc::cmdChooseImage_Click()
+{
+    const QString file = QFileDialog::getOpenFileName(
+        this, QStringLiteral("Disc Image To Scan"), QString(),
+        QStringLiteral("Disc images (*.iso *.ISO *.img *.IMG *.udf *.UDF *.cue *.CUE *.bin *.BIN);;All files (*)"));
+    if (file.isEmpty())
+        return;
+    try {
+        Drive1->setDrive(file);
+    } catch (const VbError &) {
+        // A file that is no disc image is no volume to scan.
+        MsgBox(QStringLiteral("Device is not available or media is not loaded."), vbCritical);
+    }
 }
 
 void frmScanDisc::PrepareToScan()

@@ -22,6 +22,7 @@ public:
     QLabel *lblDriveToScan;
     DriveList *Drive1;
     QPushButton *cmdChooseFolder; // any folder may be scanned as a volume: masters arrive as folder copies
+    QPushButton *cmdChooseImage;  // and any disc image file, read without mounting it
     QGroupBox *frmFilesToScan;
     QCheckBox *chkEXEFiles;
     QCheckBox *chkVideoFiles;
@@ -48,4 +49,5 @@ private:
     void cmdNext_Click();
     void cmdPrevious_Click();
     void cmdChooseFolder_Click();
+    void cmdChooseImage_Click();
 };

@@ -135,7 +135,8 @@ void frmScanProgress::Form_QueryUnload(int &, int unloadMode)
 
 void frmScanProgress::setDrive(const QString &volumeRoot)
 {
-    if (volumeRoot.isEmpty() || !QFileInfo(volumeRoot).isDir())
+    // A folder, or a disc image file (the walker tells an image by its content).
+    if (volumeRoot.isEmpty() || !QFileInfo::exists(volumeRoot))
         RaiseVbError(VbErr::DeviceUnavailable);
     m_drive = volumeRoot;
     m_walker.SetDrive(volumeRoot);

@@ -166,6 +166,13 @@ long long roundHalfAway(double v)
 
 double FolderSizeBytes(const QString &folder)
 {
+    if (ScannedImage() && QFileInfo(folder).isFile()) {
+        // A disc image: its files as the walk listed them, counted as a folder's files are.
+        double total = 0;
+        for (const int64_t size : ImageFileSizes())
+            total += static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(size) & 0xFFFFFFFFu));
+        return total;
+    }
     return folderSize(folder, {QDir(AppPath()).canonicalPath(), QDir(ExtractFolder()).canonicalPath()});
 }
 

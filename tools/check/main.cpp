@@ -1,6 +1,6 @@
 // kevro-check: one whole job without screens, for automation and for checking masters in bulk.
 //
-//   kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] <folder>
+//   kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] <volume>
 //
 // It walks the volume or folder as the scan does with every kind of file asked for, expands the
 // archives, judges the executables for the client, counts the files each review screen would list, and
@@ -9,6 +9,7 @@
 
 #include "catalogue/Connection.h"
 #include "catalogue/Database.h"
+#include "platform/DiscImage.h"
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
@@ -46,16 +47,18 @@ enum ExitCode : int {
     VolumeUnreadable = 5,
     ReportNotWritable = 6,
     AnotherProgramWorking = 7,
+    NoDiscImage = 8,
     Cancelled = 130,
 };
 
 const char *const Usage =
     "usage: kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] "
-    "<volume root or folder>\n";
+    "<volume root, folder or disc image>\n";
 
 const char *const Help =
-    "Runs one whole KEVRO job without screens: the scan of a volume or folder (every kind of file, archives\n"
-    "expanded), the judgement of its executables for the client, and the report, written into the reports\n"
+    "Runs one whole KEVRO job without screens: the scan of a volume, a folder or a disc image file (ISO 9660,\n"
+    "UDF, BIN/CUE; read without mounting it) with every kind of file (archives expanded), the judgement\n"
+    "of its executables for the client, and the report, written into the reports\n"
     "folder of the application folder under the catalogue number. An existing report of that name is replaced.\n"
     "\n"
     "  --client <CLIENT_ID>     the client, by its code in the catalogue (the client's name comes from there)\n"
@@ -81,6 +84,7 @@ const char *const Help =
     "  6    the report cannot be written\n"
     "  7    another KEVRO program (the desktop program or another kevro-check) is working in the same\n"
     "       application folder: they share its extract folder\n"
+    "  8    the file named as the volume is no disc image\n"
     "  130  cancelled\n"
     "\n"
     "Checking a folder of masters, one report each:\n"
@@ -291,8 +295,14 @@ int main(int argc, char **argv)
                                                .arg(AppPath()));
 
     const QString volume = QDir::cleanPath(QFileInfo(args.volume).absoluteFilePath());
-    if (!readableFolder(volume))
+    if (QFileInfo(volume).isFile()) {
+        // A file is a volume when it is a disc image, told by its content.
+        QString why;
+        if (!DiscImage::Open(volume, &why))
+            return fail(NoDiscImage, QStringLiteral("%1 is no disc image: %2").arg(args.volume, why));
+    } else if (!readableFolder(volume)) {
         return fail(VolumeUnreadable, QStringLiteral("cannot read the volume or folder %1").arg(args.volume));
+    }
 
     // Boxes of the shared routines become lines on standard error; the job goes on.
     SetMsgBoxPresenter(warnOnStderr);

@@ -1,0 +1,294 @@
+// Disc images scanned without mounting them: one master made into every kind of image a plant receives
+// (ISO 9660 with Rock Ridge and Joliet, Joliet only, a UDF bridge, UDF only, a raw CD image with its cue
+// sheet) gives the report of the master as a folder, with the image's paths, in the image's own order;
+// damaged and hostile images end in a report too.
+
+#include "ArchiveFixtures.h"
+#include "CatalogueFixture.h"
+#include "JobReports.h"
+#include "TestSupport.h"
+
+#include "platform/DiscImage.h"
+#include "platform/MsgBox.h"
+#include "platform/Paths.h"
+#include "reporting/ScanReport.h"
+#include "review/ExeEvaluation.h"
+#include "scan/MediaWalker.h"
+#include "shell/MainMod.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+const QString Client = QStringLiteral("1");
+
+bool run(const QString &program, const QStringList &args)
+{
+    QProcess p;
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start(program, args);
+    return p.waitForFinished(60000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+}
+
+uint32_t le32(const QByteArray &b, qsizetype at)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(b.constData() + at);
+    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
+
+void putBoth32(QByteArray &b, qsizetype at, uint32_t v)
+{
+    for (int i = 0; i < 4; ++i) {
+        b[at + i] = char(v >> (8 * i));
+        b[at + 7 - i] = char(v >> (8 * i));
+    }
+}
+
+// The place of a root folder's record of that ISO 9660 identifier (as mkisofs writes it).
+qsizetype rootRecord(const QByteArray &iso, const QByteArray &id)
+{
+    const qsizetype pvd = 16 * 2048;
+    const qsizetype root = qsizetype(le32(iso, pvd + 156 + 2)) * 2048;
+    const qsizetype size = le32(iso, pvd + 156 + 10);
+    for (qsizetype at = root; at < root + size;) {
+        const int length = static_cast<unsigned char>(iso[at]);
+        if (length == 0) {
+            at = (at / 2048 + 1) * 2048;
+            continue;
+        }
+        const int idLength = static_cast<unsigned char>(iso[at + 32]);
+        if (iso.mid(at + 33, idLength).startsWith(id))
+            return at;
+        at += length;
+    }
+    return -1;
+}
+
+// A raw CD image of a plain one: each sector with its sync and header, mode 1.
+void writeBinCue(const QString &iso, const QString &bin, const QString &cue)
+{
+    const QByteArray data = ReadTestFile(iso);
+    QByteArray raw;
+    const QByteArray sync = QByteArray(1, '\0') + QByteArray(10, '\xff') + QByteArray(1, '\0');
+    for (qsizetype s = 0; s + 2048 <= data.size(); s += 2048)
+        raw += sync + QByteArray("\0\0\0\x01", 4) + data.mid(s, 2048) + QByteArray(288, '\0');
+    WriteTestFile(bin, raw);
+    WriteTestFile(cue, "FILE \"" + QFileInfo(bin).fileName().toUtf8() + "\" BINARY\r\n  TRACK 01 MODE1/2352\r\n"
+                                                                        "    INDEX 01 00:00:00\r\n");
+}
+} // namespace
+
+class TestImage final : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void imageJobsReportTheMaster_data();
+    void imageJobsReportTheMaster();
+    void hiddenByTheRecordAndTheLastSession();
+    void damagedImagesEndInAReport_data();
+    void damagedImagesEndInAReport();
+    void aFileThatIsNoImage();
+
+private:
+    QString image(const QString &kind);
+
+    TempAppFolder m_app;
+    CatalogueFixture m_catalogue;
+    QTemporaryDir m_work;
+    QString m_master;
+    QStringList m_folderReport;
+};
+
+void TestImage::initTestCase()
+{
+    for (const char *tool : {"xorriso", "genisoimage"})
+        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
+            QSKIP("xorriso and genisoimage are missing (make test installs them)");
+    QCOMPARE(m_catalogue.create(QStringLiteral("sqlite"), m_app.path()), QString());
+    m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
+    m_catalogue.addApp(QStringLiteral("Acme Disc Menu"), {QStringLiteral("DISCMENU.EXE")}, false);
+    QCOMPARE(QString::number(m_catalogue.addClient(QStringLiteral("Northwind Records"))), Client);
+
+    // The master: folders, hidden files, a ZIP, a self-extractor, a program the catalogue knows, one it
+    // does not, long and non-ASCII names, and two names whose records sort otherwise than the names.
+    m_master = m_work.filePath(QStringLiteral("Master"));
+    WriteTestFile(m_master + "/README.TXT", "Insert the disc.");
+    WriteTestFile(m_master + "/.hidden.txt", "hidden by its name");
+    WriteTestFile(m_master + "/z.txt", "zed");
+    WriteTestFile(m_master + "/_z.txt", "underscore zed");
+    WriteTestFile(m_master + "/Docs/Guide.txt", "the guide");
+    WriteTestFile(m_master + QString::fromUtf8("/Docs/Übersicht der Änderungen für Bühnentechnik.txt"), "notes");
+    WriteTestFile(m_master + "/Setup/DISCMENU.EXE", QByteArray("MZ") + QByteArray(3000, 'm'));
+    WriteTestFile(m_master + "/Setup/Mystery.exe", QByteArray("MZ") + QByteArray(700, 'y'));
+    WriteArchive(m_master + "/Setup/DATA.ZIP", {{"Program/Help.txt", "help"}, {"Program/Tool.exe", "MZ tool"}});
+    WriteTestFile(m_master + "/Setup/Install.exe",
+                  QByteArray("MZ") + QByteArray(1022, '\x90') + ArchiveBytes({{"Payload/Read.me", "payload"}}));
+    WriteTestFile(m_master + "/Media/Cover.bmp", QByteArray("BM") + QByteArray(5000, 'b'));
+    WriteTestFile(m_master + "/Media/Data.xyz", QByteArray(2000, 'x'));
+
+    // The folder job: the reference for every image.
+    const CheckRun folder = kevroCheck({"--client", Client, "--catalogue", "MASTER", "--report", "text", "--content",
+                                        "all", m_master});
+    QCOMPARE(folder.code, 0);
+    m_folderReport = reportLines(ReportPath(QStringLiteral("MASTER"), ReportFormat::Text), m_master);
+}
+
+void TestImage::init()
+{
+    ResetExtractFolder();
+}
+
+QString TestImage::image(const QString &kind)
+{
+    const QString iso = m_work.filePath(kind + ".iso");
+    if (kind == "rrj")
+        return run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-joliet-long", "-o", iso, m_master}) ? iso : QString();
+    if (kind == "joliet")
+        return run("genisoimage", {"-quiet", "-J", "-joliet-long", "-o", iso, m_master}) ? iso : QString();
+    if (kind == "bridge" || kind == "udf") {
+        if (!run("genisoimage", {"-quiet", "-udf", "-J", "-joliet-long", "-o", iso, m_master}))
+            return QString();
+        if (kind == "udf") {
+            // UDF only: the image without its ISO 9660 descriptors, as a UDF-only master has none.
+            QByteArray bytes = ReadTestFile(iso);
+            for (qsizetype s = 16; s < 32 && bytes.mid(s * 2048 + 1, 5) == "CD001"; ++s)
+                bytes.replace(s * 2048, 2048, QByteArray(2048, '\0'));
+            WriteTestFile(iso, bytes);
+        }
+        return iso;
+    }
+    if (kind == "bincue") {
+        const QString plain = image("rrj");
+        const QString cue = m_work.filePath("master.cue");
+        writeBinCue(plain, m_work.filePath("master.bin"), cue);
+        return cue;
+    }
+    return QString();
+}
+
+void TestImage::imageJobsReportTheMaster_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("format");
+    QTest::newRow("ISO with Rock Ridge and Joliet") << "rrj" << "ISO 9660 with Rock Ridge and Joliet";
+    QTest::newRow("Joliet only") << "joliet" << "ISO 9660 with Joliet";
+    QTest::newRow("UDF bridge") << "bridge" << "UDF 1.02";
+    QTest::newRow("UDF only") << "udf" << "UDF 1.02";
+    QTest::newRow("BIN/CUE") << "bincue" << "ISO 9660 with Rock Ridge and Joliet";
+}
+
+void TestImage::imageJobsReportTheMaster()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, format);
+    const QString path = image(kind);
+    QVERIFY(!path.isEmpty());
+    QString why;
+    const auto opened = DiscImage::Open(path, &why);
+    QVERIFY2(opened, qPrintable(why));
+    QCOMPARE(opened->Format(), format);
+
+    const CheckRun job =
+        kevroCheck({"--client", Client, "--catalogue", "MASTER", "--report", "text", "--content", "all", path});
+    QCOMPARE(job.err, QString());
+    QCOMPARE(job.code, 0);
+    const QStringList lines = reportLines(ReportPath(QStringLiteral("MASTER"), ReportFormat::Text), path);
+    // The same lines as the folder's, the image's path standing for the folder's.
+    QStringList a = lines, b = m_folderReport;
+    a.sort();
+    b.sort();
+    QVERIFY(sameLines(a, b));
+    QVERIFY(lines.contains("Licensed Applications - 1"));
+    QVERIFY(lines.contains("{APP}/EXTRACT/SETUP/INSTALL.EXE/PAYLOAD/READ.ME (1 KB)"));
+    // In the order of the records: ISO 9660 identifiers sort "Z.TXT" before "_Z.TXT" (the names the other
+    // way round); Joliet and UDF records keep their names' order.
+    const qsizetype zed = lines.indexOf("{DISC}/Z.TXT (1 KB)"), underscore = lines.indexOf("{DISC}/_Z.TXT (1 KB)");
+    QVERIFY(zed > 0 && underscore > 0);
+    QCOMPARE(zed < underscore, kind == "rrj" || kind == "bincue");
+    // Nothing of the image was copied out: the extract folder holds the archives' members only.
+    for (const QString &f : QDir(ExtractFolder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))
+        QVERIFY2(f == "Setup", qPrintable(f));
+}
+
+void TestImage::hiddenByTheRecordAndTheLastSession()
+{
+    // A file hidden by its directory record, and an image written in two sessions: the last one shows.
+    const QString iso = m_work.filePath("sessions.iso");
+    QFile::remove(iso);
+    QVERIFY(run("xorriso", {"-outdev", iso, "-map", m_master + "/Setup/Mystery.exe", "/FIRST.EXE", "-commit"}));
+    QVERIFY(run("xorriso", {"-dev", iso, "-map", m_master + "/README.TXT", "/SECOND.TXT", "-commit"}));
+    const QString joliet = m_work.filePath("flagged.iso");
+    QVERIFY(run("genisoimage", {"-quiet", "-J", "-hidden", "Mystery.exe", "-o", joliet, m_master + "/Setup"}));
+    MsgBoxResponder boxes;
+    MediaWalker walker;
+    walker.SetDrive(joliet);
+    walker.ScanFiles();
+    const ExeEvaluation judged = EvaluateExecutables(gMediaFiles, Client);
+    const auto mystery = std::find_if(judged.unknown.begin(), judged.unknown.end(),
+                                      [&](const UnknownExe &u) { return u.path == joliet.toUpper() + "/MYSTERY.EXE"; });
+    QVERIFY(mystery != judged.unknown.end() && mystery->hidden);
+    QVERIFY(!InfoOf(joliet.toUpper() + "/DISCMENU.EXE").hidden);
+    // The file's bytes come out of the image when asked for, into the extract folder.
+    const QString copy = RealPath(joliet.toUpper() + "/MYSTERY.EXE");
+    QVERIFY(copy.startsWith(ExtractFolder() + "/"));
+    QCOMPARE(ReadTestFile(copy), ReadTestFile(m_master + "/Setup/Mystery.exe"));
+
+    walker.SetDrive(iso);
+    walker.ScanFiles();
+    QVERIFY(gMediaFiles.contains(iso.toUpper() + "/SECOND.TXT") && gMediaFiles.contains(iso.toUpper() + "/FIRST.EXE"));
+    QVERIFY(boxes.prompts().isEmpty());
+}
+
+void TestImage::damagedImagesEndInAReport_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::addColumn<QString>("warning");
+    QTest::newRow("cut short") << "truncated" << "outside the image";
+    QTest::newRow("a folder that is its parent") << "loop" << "leads back to a folder already listed";
+    QTest::newRow("a folder past the end") << "folder past the end" << "outside the image";
+    QTest::newRow("an archive past the end") << "file past the end" << "SETUP/DATA.ZIP";
+}
+
+void TestImage::damagedImagesEndInAReport()
+{
+    QFETCH(QString, damage);
+    QFETCH(QString, warning);
+    QByteArray bytes = ReadTestFile(image("rrj"));
+    const qsizetype root = qsizetype(le32(bytes, 16 * 2048 + 156 + 2));
+    if (damage == "truncated") {
+        bytes.truncate((root + 1) * 2048); // the root folder's records stand; nothing behind them
+    } else if (damage == "loop") {
+        putBoth32(bytes, rootRecord(bytes, "DOCS") + 2, uint32_t(root));
+    } else if (damage == "folder past the end") {
+        putBoth32(bytes, rootRecord(bytes, "MEDIA") + 2, 0x7FFFFF00u);
+    } else {
+        // The archive's record in its folder, sent far past the end of the image.
+        const qsizetype setup = rootRecord(bytes, "SETUP");
+        const qsizetype folder = qsizetype(le32(bytes, setup + 2)) * 2048;
+        const qsizetype zip = bytes.indexOf("DATA.ZIP", folder) - 33;
+        putBoth32(bytes, zip + 2, 0x7FFFFF00u);
+    }
+    const QString damaged = m_work.filePath("damaged.iso");
+    WriteTestFile(damaged, bytes);
+    const CheckRun job = kevroCheck({"--client", Client, "--catalogue", "DAMAGED", damaged});
+    QCOMPARE(job.code, 0);
+    QVERIFY(QFileInfo::exists(ReportPath(QStringLiteral("DAMAGED"), ReportFormat::Html)));
+    QVERIFY2(job.err.contains(warning) && job.err.startsWith("kevro-check: warning: "), qPrintable(job.err + job.out));
+}
+
+void TestImage::aFileThatIsNoImage()
+{
+    const QString text = WriteTestFile(m_work.filePath("notes.iso"), QByteArray(40000, 'n'));
+    const CheckRun job = kevroCheck({"--client", Client, "--catalogue", "NONE", text});
+    QCOMPARE(job.code, 8);
+    QVERIFY(job.out.isEmpty() && job.err.count('\n') == 1 && job.err.contains("no disc image"));
+}
+
+QTEST_MAIN(TestImage)
+#include "tst_image.moc"
