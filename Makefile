@@ -15,8 +15,9 @@ DEBS := cmake ninja-build g++ pkg-config \
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
              binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile python3-distlib \
              openbox x11-utils xorriso genisoimage udftools
-# The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell.
-BENCH_DEBS := libarchive-tools sqlite3
+# The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell; the image
+# benchmark makes its image with xorriso.
+BENCH_DEBS := libarchive-tools sqlite3 xorriso
 
 .PHONY: run test build deps test-deps catalogue bench clean
 
@@ -53,6 +54,7 @@ bench: build
 	@$(BUILD_DIR)/bench/bench_evaluation_speed
 	@$(BUILD_DIR)/bench/bench_check_speed
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/bench_viewer_fill
+	@$(BUILD_DIR)/bench/bench_image_speed
 
 clean:
 	rm -rf $(BUILD_DIR)

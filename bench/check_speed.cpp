@@ -11,6 +11,7 @@
 // bench_check_speed   (the disc: $KEVRO_BENCH_DISC, default build/bench-disc, shared with bench_scan_speed)
 
 #include "disc_tree.h"
+#include "measure.h"
 
 #include "platform/FileSystem.h"
 #include "platform/MsgBox.h"
@@ -42,49 +43,6 @@ extern char **environ;
 namespace {
 constexpr int TimedRounds = 3;
 
-struct Child {
-    bool ok = false;
-    double ms = 0;
-    long peakKb = 0;
-};
-
-// Runs a program to its end with its output thrown away; its wall time and peak memory.
-Child runMeasured(const QString &program, const QStringList &args)
-{
-    std::vector<QByteArray> storage{QFile::encodeName(program)};
-    for (const QString &a : args)
-        storage.push_back(a.toLocal8Bit());
-    std::vector<char *> argv;
-    for (QByteArray &b : storage)
-        argv.push_back(b.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    QElapsedTimer t;
-    t.start();
-    pid_t pid = 0;
-    Child c;
-    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
-        int status = 0;
-        struct rusage usage {};
-        if (wait4(pid, &status, 0, &usage) == pid) {
-            c.ms = t.nsecsElapsed() / 1e6;
-            c.peakKb = usage.ru_maxrss;
-            c.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        }
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    return c;
-}
-
-double timed(const std::function<void()> &run)
-{
-    QElapsedTimer t;
-    t.start();
-    run();
-    return t.nsecsElapsed() / 1e6;
-}
 } // namespace
 
 int main(int argc, char **argv)

@@ -19,6 +19,7 @@
 // Each expansion starts with the earlier output deleted and the file system synced, so that neither
 // side pays for the other's writing back.
 
+#include "measure.h"
 #include "disc_tree.h"
 
 #include "catalogue/CatalogueSetup.h"
@@ -58,13 +59,6 @@ struct Best {
     void take(double v) { ms = std::min(ms, v); }
 };
 
-double timed(const std::function<void()> &run)
-{
-    QElapsedTimer t;
-    t.start();
-    run();
-    return t.nsecsElapsed() / 1e6;
-}
 
 // Runs a tool to its end; its output goes to /dev/null unless asked for.
 bool runTool(const QString &program, const QStringList &args, QByteArray *output = nullptr)

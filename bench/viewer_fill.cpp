@@ -4,6 +4,7 @@
 // The files exist (empty, in 100 folders, every hundredth hidden), so both sides read the same sizes and
 // marks from the file system. Best of three rounds after an untimed one; the sides take turns.
 
+#include "measure.h"
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
 #include "platform/MsgBox.h"
@@ -27,13 +28,6 @@ constexpr int Matches = 100000;
 constexpr int Folders = 100;
 constexpr int TimedRounds = 3;
 
-double timed(const std::function<void()> &run)
-{
-    QElapsedTimer t;
-    t.start();
-    run();
-    return t.nsecsElapsed() / 1e6;
-}
 
 // The same grid filled one row at a time.
 void fillRowByRow(FlexGrid *g)

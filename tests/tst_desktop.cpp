@@ -20,12 +20,21 @@
 #include "review/ViewerScreen.h"
 #include "review/frmScanResultsAudio.h"
 #include "review/frmScanResultsEXEs.h"
+#include "review/frmScanResultsImages.h"
+#include "review/frmScanResultsOther.h"
+#include "review/frmScanResultsText.h"
 #include "review/frmScanResultsVideo.h"
 #include "scan/frmScanDisc.h"
 #include "shell/MainMod.h"
 #include "shell/MainModScreens.h"
 
+#include "controls/DriveList.h"
+#include "controls/PictureView.h"
+
 #include <QLabel>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
@@ -67,6 +76,7 @@ private Q_SLOTS:
     void viewersTickNothingUntilARowIsOpened();
     void aClickWhileAFileLoadsOpensNothingElse_data();
     void aClickWhileAFileLoadsOpensNothingElse();
+    void anImageJobOpensItsFilesOnEveryViewer();
     void anAccessKeyChecksTheBoxItLeaves_data();
     void anAccessKeyChecksTheBoxItLeaves();
 
@@ -191,6 +201,74 @@ void TestDesktop::aClickWhileAFileLoadsOpensNothingElse()
     QCOMPARE(gCheckedItems.size(), 1);
     QVERIFY(gCheckedItems.first().text.contains(opened));
     QCOMPARE(boxes.prompts(), QStringList());
+}
+
+void TestDesktop::anImageJobOpensItsFilesOnEveryViewer()
+{
+    // The demo disc as a disc image, with a program whose version information the viewer shows.
+    const QString pe = QStringLiteral(KEVRO_PE_DIR "/english.exe");
+    if (!QFileInfo::exists(pe) || QStandardPaths::findExecutable(QStringLiteral("xorriso")).isEmpty())
+        QSKIP("xorriso or the test executables are missing (make test installs them)");
+    const QString master = m_app.file(QStringLiteral("image-master"));
+    QCOMPARE(LayOutDemoDisc(master), QString());
+    QVERIFY(QFile::copy(pe, master + QStringLiteral("/Tools/ACMEMENU.EXE")));
+    const QString iso = m_app.file(QStringLiteral("master.iso"));
+    QCOMPARE(QProcess::execute(QStringLiteral("xorriso"), {"-as", "mkisofs", "-quiet", "-R", "-J", "-o", iso, master}), 0);
+    QStringList opened;
+    SetShellExecuteLauncher([&](const ShellExecuteRequest &r) {
+        opened << r.file;
+        return 42L;
+    });
+    MsgBoxResponder boxes;
+    WriteIniKey("Devices", "DefaultDevice", iso);
+    ResetList(gCheckedItems);
+    auto *scan = Forms::get<frmScanDisc>();
+    scan->show();
+    QVERIFY(activated(scan));
+    QCOMPARE(scan->Drive1->Drive(), iso);
+    Click(scan->cmdNext);
+
+    // The application viewer reads the version information out of the image.
+    auto *exes = Forms::get<frmScanResultsEXEs>();
+    QVERIFY(activated(exes));
+    const int menu = RowOf(exes->gridUnknownEXEs, QStringLiteral("ACMEMENU.EXE"));
+    QVERIFY(menu > 0);
+    ClickRow(exes->gridUnknownEXEs, menu);
+    QVERIFY2(exes->txtFileInfo->toPlainText().contains(QStringLiteral("Acme Software Ltd")),
+             qPrintable(exes->txtFileInfo->toPlainText()));
+    Click(exes->cmdNext);
+
+    // Each viewer opens a file of the image: the row is ticked and the file's own bytes are what opened.
+    const QList<QPair<const char *, QString>> rows{{"frmScanResultsVideo", QStringLiteral("TRAILER.AVI")},
+                                                   {"frmScanResultsAudio", QStringLiteral("CHIME.WAV")},
+                                                   {"frmScanResultsImages", QStringLiteral("COVER.BMP")},
+                                                   {"frmScanResultsText", QStringLiteral("README.TXT")}};
+    for (const auto &[name, file] : rows) {
+        ViewerScreen *viewer = nullptr;
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (w->objectName() == QLatin1String(name) && w->isVisible())
+                viewer = static_cast<ViewerScreen *>(w);
+        QVERIFY2(viewer && activated(viewer), name);
+        const int row = RowOf(viewer->Grid(), file);
+        QVERIFY2(row > 0, name);
+        ClickRow(viewer->Grid(), row);
+        QTRY_COMPARE(viewer->CheckedCount(), int16_t(1));
+        Click(viewer->cmdNext);
+    }
+    QCOMPARE(gCheckedItems.size(), 4);
+    QVERIFY(Forms::get<frmScanResultsImages>()->picSelectedImage->HasPicture());
+    const QString readMe = QString::fromUtf8(ReadTestFile(master + QStringLiteral("/README.TXT")));
+    QVERIFY(Forms::get<frmScanResultsText>()->txtSelectedText->toPlainText().startsWith(readMe.left(20)));
+    auto *other = Forms::get<frmScanResultsOther>();
+    QVERIFY(activated(other));
+    const int data = RowOf(other->Grid(), QStringLiteral("DATA.XYZ"));
+    ClickRow(other->Grid(), data);
+    QTest::mouseDClick(other->Grid()->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(other->Grid(), data, 2));
+    QCOMPARE(opened.size(), 1);
+    QVERIFY(opened.first().startsWith(ExtractFolder() + QStringLiteral("/.image/")));
+    QCOMPARE(ReadTestFile(opened.first()), ReadTestFile(master + QStringLiteral("/DATA.XYZ")));
+    QCOMPARE(boxes.prompts(), QStringList());
+    SetShellExecuteLauncher([](const ShellExecuteRequest &) { return 42L; });
 }
 
 void TestDesktop::anAccessKeyChecksTheBoxItLeaves_data()

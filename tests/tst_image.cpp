@@ -91,6 +91,7 @@ private Q_SLOTS:
     void imageJobsReportTheMaster_data();
     void imageJobsReportTheMaster();
     void hiddenByTheRecordAndTheLastSession();
+    void deepFoldersSessionsOfACdAndNamesNoFolderHolds();
     void damagedImagesEndInAReport_data();
     void damagedImagesEndInAReport();
     void aFileThatIsNoImage();
@@ -243,6 +244,75 @@ void TestImage::hiddenByTheRecordAndTheLastSession()
     walker.ScanFiles();
     QVERIFY(gMediaFiles.contains(iso.toUpper() + "/SECOND.TXT") && gMediaFiles.contains(iso.toUpper() + "/FIRST.EXE"));
     QVERIFY(boxes.prompts().isEmpty());
+}
+
+void TestImage::deepFoldersSessionsOfACdAndNamesNoFolderHolds()
+{
+    MsgBoxResponder boxes;
+    MediaWalker walker;
+    const auto walk = [&](const QString &volume) {
+        ResetExtractFolder();
+        walker.SetDrive(volume);
+        walker.ScanFiles();
+        return gMediaFiles;
+    };
+    // Folders past the eighth level, which Rock Ridge moves aside and links back to their place.
+    const QString deep = m_work.filePath("deep");
+    WriteTestFile(deep + "/a/b/c/d/e/f/g/h/i/j/Deep.txt", "ten folders down");
+    const QString deepIso = m_work.filePath("deep.iso");
+    QVERIFY(run("genisoimage", {"-quiet", "-R", "-o", deepIso, deep}));
+    const QString stored = deepIso.toUpper() + "/A/B/C/D/E/F/G/H/I/J/DEEP.TXT";
+    QVERIFY2(walk(deepIso).contains(stored), qPrintable(gMediaFiles.join('\n')));
+    QCOMPARE(ReadTestFile(RealPath(stored)), QByteArray("ten folders down"));
+
+    // A CD in two sessions (a CD-Extra's layout): the second lies behind the lead-out, lead-in and pregap
+    // between them, at the disc's addresses its image was made for.
+    const QString one = m_work.filePath("s1"), two = m_work.filePath("s2");
+    WriteTestFile(one + "/ONE.TXT", "first session");
+    WriteTestFile(two + "/TWO.TXT", "second session");
+    QVERIFY(run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-o", one + ".iso", one}));
+    const qint64 first = QFileInfo(one + ".iso").size() / 2048;
+    QVERIFY(run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-C", QString("0,%1").arg(first + 11400), "-o",
+                            two + ".iso", two}));
+    writeBinCue(one + ".iso", m_work.filePath("s1.bin"), m_work.filePath("s1.cue"));
+    writeBinCue(two + ".iso", m_work.filePath("s2.bin"), m_work.filePath("s2.cue"));
+    WriteTestFile(m_work.filePath("sessions.bin"), ReadTestFile(m_work.filePath("s1.bin")) + ReadTestFile(m_work.filePath("s2.bin")));
+    const QString cue = m_work.filePath("sessions.cue");
+    // (written with a byte-order mark, as some tools write their sheets)
+    WriteTestFile(cue, "\xef\xbb\xbf" + QString("FILE \"sessions.bin\" BINARY\r\n  TRACK 01 MODE1/2352\r\n"
+                                               "    INDEX 01 00:00:00\r\nREM SESSION 02\r\n  TRACK 02 MODE1/2352\r\n"
+                                               "    INDEX 01 %1:%2:%3\r\n")
+                                           .arg(first / 75 / 60, 2, 10, QChar('0'))
+                                           .arg(first / 75 % 60, 2, 10, QChar('0'))
+                                           .arg(first % 75, 2, 10, QChar('0'))
+                                           .toUtf8());
+    QVERIFY(walk(cue).contains(cue.toUpper() + "/TWO.TXT"));
+    QCOMPARE(ReadTestFile(RealPath(cue.toUpper() + "/TWO.TXT")), QByteArray("second session"));
+
+    // Rock Ridge names no folder can hold ("..", one with a separator): renamed, and nothing of theirs
+    // reaches outside the extract folder.
+    const QString names = m_work.filePath("names");
+    WriteTestFile(names + "/aa", "dots");
+    WriteArchive(names + "/bbbbbbbb.zip", {{"Member.txt", "member"}});
+    const QString namesIso = m_work.filePath("names.iso");
+    QVERIFY(run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-o", namesIso, names}));
+    QByteArray bytes = ReadTestFile(namesIso);
+    const auto rename = [&](const QByteArray &from, const QByteArray &to) {
+        const QByteArray nm = QByteArray("NM") + char(5 + from.size()) + char(1) + char(0) + from;
+        const qsizetype at = bytes.indexOf(nm);
+        QVERIFY(at > 0);
+        bytes.replace(at + 5, from.size(), to.leftJustified(from.size(), '_', true));
+    };
+    rename("aa", "..");
+    rename("bbbbbbbb.zip", "../../xx.zip");
+    WriteTestFile(namesIso, bytes);
+    boxes.queue(vbOK);
+    const QStringList listed = walk(namesIso);
+    QVERIFY2(gExternalFiles.contains(namesIso.toUpper() + "/__") && listed.contains(namesIso.toUpper() + "/.._.._XX.ZIP"),
+             qPrintable(listed.join('\n') + gExternalFiles.join('\n')));
+    QVERIFY(listed.contains(ExtractFolder().toUpper() + "/.._.._XX.ZIP/MEMBER.TXT"));
+    QVERIFY(!QFileInfo::exists(QFileInfo(AppPath()).path() + "/xx.zip"));
+    QCOMPARE(boxes.prompts(), QStringList{"Error 57"});
 }
 
 void TestImage::damagedImagesEndInAReport_data()

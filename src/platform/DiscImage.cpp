@@ -14,6 +14,17 @@
 
 namespace {
 constexpr int64_t RawSectorSize = 2352;
+// More entries than any disc holds (a Blu-ray of 50 GB in files of 4 KB is 12 million).
+constexpr qsizetype MaxNodes = 16 * 1024 * 1024;
+
+QString ShownName(const QByteArray &name)
+{
+    QString out = QString::fromUtf8(name);
+    for (QChar &c : out)
+        if (c.unicode() < 0x20 || c == QLatin1Char('<') || c == QLatin1Char('>'))
+            c = QLatin1Char('_');
+    return out;
+}
 constexpr int64_t MaxCueSheet = 64 * 1024;
 const char RawSync[12] = {0, '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', 0};
 
@@ -88,7 +99,8 @@ public:
         std::shared_ptr<File> file;
         int64_t firstSector; // on the disc
         int64_t sectors;
-        int64_t sectorBytes; // 2352 or 2048
+        int64_t sectorBytes;   // 2352 or 2048
+        int64_t fileFirst = 0; // where the segment begins in its file, in sectors
     };
     explicit RawSource(QList<Segment> segments) : m_segments(std::move(segments)) {}
     int64_t Sectors() const override
@@ -106,7 +118,7 @@ public:
             const Segment *s = segmentOf(sector);
             if (!s)
                 return false;
-            const int64_t offset = (sector - s->firstSector) * s->sectorBytes;
+            const int64_t offset = (s->fileFirst + sector - s->firstSector) * s->sectorBytes;
             int64_t data = 0;
             if (s->sectorBytes == RawSectorSize) {
                 if (!s->file->read(offset, raw, RawSectorSize) || std::memcmp(raw, RawSync, sizeof RawSync) != 0)
@@ -153,23 +165,33 @@ bool looksLikeCueSheet(const QByteArray &head)
     return !head.contains('\0') && file.match(text).hasMatch() && track.match(text).hasMatch();
 }
 
-// A cue sheet's files and tracks as the disc's sectors; the last session's first data track tells
-// where its volume descriptors are.
-std::unique_ptr<SectorSource> cueSource(const QString &cue, const QByteArray &text, QString &why)
+// A cue sheet's files and tracks as the disc's sectors. Each track is a run of its file's sectors at its
+// address on the disc: the first track of a later session lies behind the lead-out of the session before
+// (REM LEAD-OUT, else 6,750 sectors after the first session and 2,250 after later ones), the lead-in of
+// its own (REM LEAD-IN, else 4,500) and its pregap (PREGAP, else 150); a PREGAP not recorded in the file
+// moves what follows. The volume descriptors of the last session lie 16 sectors behind its
+// first data track.
+std::unique_ptr<SectorSource> cueSource(const QString &cue, QByteArray text, QString &why)
 {
-    QList<RawSource::Segment> segments;
+    if (text.startsWith("\xef\xbb\xbf"))
+        text.remove(0, 3);
+    struct Track {
+        std::shared_ptr<File> file;
+        int64_t fileSector = -1; // INDEX 01, in the file's sectors
+        int64_t sectorBytes = RawSectorSize;
+        int64_t gapBefore = 0;   // sectors of the disc not in the file, before this track
+        bool data = false;
+        int session = 1;
+        bool defaultPregap = false; // the first of a later session, no PREGAP said
+    };
+    QList<Track> tracks;
     std::shared_ptr<File> current;
-    int64_t fileStart = 0, sectorBytes = 0;
-    int session = 1, dataSession = 0;
-    int64_t sessionStart = -1;
-    bool trackIsData = false, firstOfSession = true;
-    const auto closeFile = [&] {
-        if (current && sectorBytes > 0) {
-            segments.append({current, fileStart, current->size() / sectorBytes, sectorBytes});
-            fileStart += current->size() / sectorBytes;
-        }
-        current.reset();
-        sectorBytes = 0;
+    int session = 1;
+    int64_t pendingGap = 0, leadOut = -1, leadIn = -1;
+    bool newSession = false;
+    const auto msf = [](const QString &text) {
+        const QStringList p = text.split(QLatin1Char(':'));
+        return p.size() == 3 ? (p[0].toLongLong() * 60 + p[1].toLongLong()) * 75 + p[2].toLongLong() : -1;
     };
     for (const QByteArray &rawLine : text.split('\n')) {
         const QString line = QString::fromUtf8(rawLine).trimmed();
@@ -178,7 +200,6 @@ std::unique_ptr<SectorSource> cueSource(const QString &cue, const QByteArray &te
             continue;
         const QString key = words[0].toUpper();
         if (key == QLatin1String("FILE")) {
-            closeFile();
             QString name = line.mid(4).trimmed();
             if (name.startsWith(QLatin1Char('"')))
                 name = name.mid(1, name.indexOf(QLatin1Char('"'), 1) - 1);
@@ -191,26 +212,66 @@ std::unique_ptr<SectorSource> cueSource(const QString &cue, const QByteArray &te
                 why = QStringLiteral("the cue sheet names %1, which is not beside it").arg(name);
                 return nullptr;
             }
+        } else if (key == QLatin1String("REM") && words.size() >= 3 && words[1].toUpper() == QLatin1String("SESSION")) {
+            const int next = words[2].toInt();
+            if (next > session) {
+                newSession = true;
+                pendingGap = leadOut >= 0 ? leadOut : session == 1 ? 6750 : 2250;
+                leadOut = leadIn = -1;
+            }
+            session = next;
+        } else if (key == QLatin1String("REM") && words.size() >= 3 && words[1].toUpper() == QLatin1String("LEAD-OUT")) {
+            leadOut = msf(words[2]);
+        } else if (key == QLatin1String("REM") && words.size() >= 3 && words[1].toUpper() == QLatin1String("LEAD-IN")) {
+            leadIn = msf(words[2]);
         } else if (key == QLatin1String("TRACK") && words.size() >= 3) {
             const QString mode = words[2].toUpper();
-            trackIsData = mode.startsWith(QLatin1String("MODE"));
-            const int64_t bytes = mode.endsWith(QLatin1String("/2048")) ? SectorSource::SectorSize : RawSectorSize;
-            if (sectorBytes == 0)
-                sectorBytes = bytes;
-        } else if (key == QLatin1String("REM") && words.size() >= 3 && words[1].toUpper() == QLatin1String("SESSION")) {
-            session = words[2].toInt();
-            firstOfSession = true;
-        } else if (key == QLatin1String("INDEX") && words.size() >= 3 && words[1].toInt() == 1 && trackIsData &&
-                   firstOfSession && session > dataSession) {
-            const QStringList msf = words[2].split(QLatin1Char(':'));
-            if (msf.size() == 3) {
-                sessionStart = fileStart + (msf[0].toLongLong() * 60 + msf[1].toLongLong()) * 75 + msf[2].toLongLong();
-                dataSession = session;
-                firstOfSession = false;
-            }
+            Track t;
+            t.file = current;
+            t.data = mode.startsWith(QLatin1String("MODE"));
+            t.sectorBytes = mode.endsWith(QLatin1String("/2048")) ? SectorSource::SectorSize : RawSectorSize;
+            t.session = session;
+            t.gapBefore = newSession ? pendingGap + (leadIn >= 0 ? leadIn : 4500) : 0;
+            t.defaultPregap = newSession;
+            newSession = false;
+            pendingGap = 0;
+            tracks.append(t);
+        } else if (key == QLatin1String("PREGAP") && words.size() >= 2 && !tracks.isEmpty()) {
+            tracks.last().gapBefore += std::max<int64_t>(0, msf(words[1]));
+            tracks.last().defaultPregap = false;
+        } else if (key == QLatin1String("INDEX") && words.size() >= 3 && words[1].toInt() == 1 && !tracks.isEmpty()) {
+            tracks.last().fileSector = msf(words[2]);
         }
     }
-    closeFile();
+    // Each track runs to the next one of its file, or to the file's end; its disc address follows the
+    // tracks before it.
+    QList<RawSource::Segment> segments;
+    int64_t disc = 0, sessionStart = -1;
+    int lastDataSession = 0;
+    for (qsizetype i = 0; i < tracks.size(); ++i) {
+        const Track &t = tracks[i];
+        if (!t.file || t.fileSector < 0)
+            continue;
+        int64_t end = t.file->size() / t.sectorBytes;
+        for (qsizetype j = i + 1; j < tracks.size(); ++j)
+            if (tracks[j].file == t.file && tracks[j].fileSector >= 0) {
+                end = tracks[j].fileSector;
+                break;
+            }
+        if (end <= t.fileSector)
+            continue;
+        disc += t.gapBefore + (t.defaultPregap ? 150 : 0);
+        if (i == 0)
+            disc = 0; // the first track's first sector is the disc's sector 0
+        RawSource::Segment segment{t.file, disc, end - t.fileSector, t.sectorBytes};
+        segment.fileFirst = t.fileSector;
+        segments.append(segment);
+        if (t.data && t.session > lastDataSession) {
+            lastDataSession = t.session;
+            sessionStart = disc;
+        }
+        disc += end - t.fileSector;
+    }
     if (segments.isEmpty() || sessionStart < 0) {
         why = QStringLiteral("the cue sheet names no data track");
         return nullptr;
@@ -232,7 +293,7 @@ std::unique_ptr<SectorSource> sourceOf(const QString &path, QString &why)
         why = QStringLiteral("the file cannot be read");
         return nullptr;
     }
-    if (file->size() <= MaxCueSheet && looksLikeCueSheet(head))
+    if (file->size() <= MaxCueSheet && looksLikeCueSheet(head.startsWith("\xef\xbb\xbf") ? head.mid(3) : head))
         return cueSource(path, head, why);
     if (head.startsWith(QByteArray(RawSync, sizeof RawSync))) {
         std::shared_ptr<File> shared = std::move(file);
@@ -273,6 +334,13 @@ bool IsDiscImage(const QString &path)
 
 int32_t DiscImage::addNode(Node node)
 {
+    // Where each extent begins in the file, for reads that find their extent by halving.
+    node.starts.reserve(node.extents.size());
+    int64_t at = 0;
+    for (const Extent &e : std::as_const(node.extents)) {
+        node.starts.append(at);
+        at += e.bytes;
+    }
     m_nodes.append(std::move(node));
     return int32_t(m_nodes.size() - 1);
 }
@@ -294,23 +362,22 @@ int64_t DiscImage::Read(int32_t node, int64_t offset, char *out, int64_t n)
         std::memcpy(out, f.inlineData.constData() + offset, size_t(n));
         return n;
     }
-    int64_t done = 0, start = 0;
-    for (const Extent &e : f.extents) {
-        if (done == n)
-            break;
-        const int64_t end = start + e.bytes;
-        if (offset + done < end) {
-            const int64_t within = offset + done - start;
-            const int64_t take = std::min(n - done, e.bytes - within);
-            if (e.sector < 0)
-                std::memset(out + done, 0, size_t(take));
-            else if (!m_source->Read(e.sector, within, out + done, take))
-                return -1;
-            done += take;
-        }
-        start = end;
+    const auto first = std::upper_bound(f.starts.begin(), f.starts.end(), offset);
+    qsizetype i = first == f.starts.begin() ? 0 : (first - f.starts.begin()) - 1;
+    int64_t done = 0;
+    for (; done < n && i < f.extents.size(); ++i) {
+        const Extent &e = f.extents[i];
+        const int64_t within = offset + done - f.starts[i];
+        if (within < 0 || within >= e.bytes)
+            continue;
+        const int64_t take = std::min(n - done, e.bytes - within);
+        if (e.sector < 0)
+            std::memset(out + done, 0, size_t(take));
+        else if (!m_source->Read(e.sector, within, out + done, take))
+            return done > 0 ? done : -1;
+        done += take;
     }
-    return done == n ? n : -1;
+    return done == n ? n : (done > 0 ? done : -1);
 }
 
 bool DiscImage::readAll(int32_t node, QByteArray &out, int64_t limit, QString &problem)
@@ -321,34 +388,92 @@ bool DiscImage::readAll(int32_t node, QByteArray &out, int64_t limit, QString &p
         return false;
     }
     out.resize(qsizetype(size));
-    if (Read(node, 0, out.data(), size) != size) {
+    // As far as it can be read, sector by sector: what stands before a damaged part is listed.
+    int64_t done = 0;
+    while (done < size) {
+        const int64_t n = Read(node, done, out.data() + done, std::min<int64_t>(size - done, 64 * SectorSource::SectorSize));
+        if (n <= 0)
+            break;
+        done += n;
+    }
+    if (done < size) {
+        out.truncate(qsizetype(done / SectorSource::SectorSize * SectorSource::SectorSize));
         problem = QStringLiteral("its records lie outside the image or cannot be read");
-        return false;
+        return !out.isEmpty();
     }
     return true;
 }
+
+namespace {
+// A name no folder can hold ("", ".", "..", one with a separator or a NUL) is made one that it can.
+QByteArray safeName(const QByteArray &name, bool &changed)
+{
+    QByteArray out = name;
+    out.replace('/', '_');
+    out.replace('\0', '_');
+    if (out.isEmpty() || out == "." || out == "..")
+        out = QByteArray(std::max<qsizetype>(1, out.size()), '_');
+    changed = out != name;
+    return out;
+}
+
+void addProblem(QString &problems, const QString &problem)
+{
+    if (!problem.isEmpty())
+        problems = problems.isEmpty() ? problem : problems + QStringLiteral("; ") + problem;
+}
+} // namespace
 
 DiscImage::Listing DiscImage::List(int32_t folder)
 {
     const auto known = m_listings.constFind(folder);
     if (known != m_listings.constEnd())
         return *known;
+    Listing listing;
+    // A folder whose records another folder's records overlap is read once: a hostile image cannot make
+    // the walk read the same sectors again and again.
+    const Node &n = m_nodes[folder];
+    for (const Extent &e : n.extents) {
+        for (int64_t s = e.sector, end = e.sector + (e.bytes + SectorSource::SectorSize - 1) / SectorSource::SectorSize;
+             e.sector >= 0 && s < end; ++s) {
+            if (m_folderSectors.contains(s)) {
+                listing.problem = QStringLiteral("its records overlap another folder's");
+                m_listings.insert(folder, listing);
+                return listing;
+            }
+        }
+    }
+    for (const Extent &e : n.extents)
+        for (int64_t s = e.sector, end = e.sector + (e.bytes + SectorSource::SectorSize - 1) / SectorSource::SectorSize;
+             e.sector >= 0 && s < end; ++s)
+            m_folderSectors.insert(s);
     if (m_folders.isEmpty())
         m_folders.insert(m_nodes[m_root].location);
-    Listing listing = list(folder);
-    QList<Entry> kept;
-    for (const Entry &e : std::as_const(listing.entries)) {
+    if (m_nodes.size() > MaxNodes) {
+        listing.problem = QStringLiteral("the image holds more entries than a disc can");
+        m_listings.insert(folder, listing);
+        return listing;
+    }
+    Listing found = list(folder);
+    listing.problem = found.problem;
+    bool renamed = false;
+    for (Entry &e : found.entries) {
+        bool changed = false;
+        e.name = safeName(e.name, changed);
+        renamed = renamed || changed;
         if (e.folder) {
             const int64_t where = m_nodes[e.node].location;
             if (m_folders.contains(where)) {
-                listing.problem = QString::fromUtf8(e.name) + QStringLiteral(" leads back to a folder already listed");
+                addProblem(listing.problem, ShownName(e.name) + QStringLiteral(" leads back to a folder already listed"));
                 continue;
             }
             m_folders.insert(where);
         }
-        kept.append(e);
+        listing.entries.append(e);
     }
-    listing.entries = kept;
+    if (renamed)
+        addProblem(listing.problem, QStringLiteral("names no folder can hold were given \"_\" in place of their "
+                                                   "separators"));
     m_listings.insert(folder, listing);
     return listing;
 }

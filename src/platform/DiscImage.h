@@ -71,6 +71,7 @@ protected:
     };
     struct Node {
         QList<Extent> extents;
+        QList<int64_t> starts; // where each extent begins in the file (made by addNode)
         QByteArray inlineData; // a small file kept in its own entry
         bool isInline = false;
         int64_t size = 0;
@@ -89,6 +90,7 @@ protected:
     QString m_format;
     QString m_path;
     QSet<int64_t> m_folders;          // where the folders handed out lie
+    QSet<int64_t> m_folderSectors;    // the sectors of the folders listed
     QHash<int32_t, Listing> m_listings; // each folder's listing, made once
 
     friend std::shared_ptr<DiscImage> OpenIsoImage(std::unique_ptr<SectorSource> &source, QString &why);

@@ -13,6 +13,7 @@ constexpr int64_t Sector = SectorSource::SectorSize;
 constexpr int64_t MaxFolderBytes = 256 * 1024 * 1024;
 constexpr int MaxDescriptors = 64;
 constexpr int MaxContinuations = 64;
+constexpr int MaxFolderContinuations = 65536; // continuation areas one folder's records may send the reader to
 
 uint32_t le32(const unsigned char *p)
 {
@@ -102,7 +103,8 @@ public:
             return out;
         const auto *d = reinterpret_cast<const unsigned char *>(bytes.constData());
         const int64_t size = bytes.size();
-        Entry pending; // the parts of a file in several extents
+        int continuations = 0; // continuation areas read for this folder
+        Entry pending;         // the parts of a file in several extents
         Node pendingNode;
         bool inPieces = false;
         for (int64_t at = 0; at < size;) {
@@ -112,38 +114,36 @@ public:
                 at = (at / Sector + 1) * Sector;
                 continue;
             }
-            if (length < 34 || at + length > size || (at % Sector) + length > Sector) {
+            // A damaged record: the rest of its sector is passed over, the next sector read.
+            if (length < 34 || at + length > size || (at % Sector) + length > Sector || 33 + d[at + 32] > length) {
                 out.problem = QStringLiteral("a directory record is damaged");
-                break;
+                at = (at / Sector + 1) * Sector;
+                continue;
             }
             const unsigned char *r = d + at;
             at += length;
             const int idLength = r[32];
-            if (33 + idLength > length) {
-                out.problem = QStringLiteral("a directory record is damaged");
-                break;
-            }
             const QByteArray id(reinterpret_cast<const char *>(r + 33), idLength);
             if (idLength == 1 && (id[0] == '\0' || id[0] == '\1'))
                 continue; // the folder itself and its parent
             const unsigned char flags = r[25];
-            const int64_t extent = le32(r + 2);
+            // The data begins behind the record's extended attributes, if it has any.
+            const int64_t extent = int64_t(le32(r + 2)) + r[1];
             const int64_t bytesHere = le32(r + 10);
             if (flags & Associated)
                 continue; // another file's resource fork, no file of its own
             RockRidgeEntry rr;
             if (m_names == RockRidge)
-                rr = rockRidge(r, length, idLength);
+                rr = rockRidge(r, length, idLength, continuations);
             if (rr.skip)
                 continue;
             Node n;
             n.folder = (flags & Directory) || rr.childLink >= 0;
+            // A folder moved away for its depth stands where its placeholder stands.
             const int64_t start = rr.childLink >= 0 ? rr.childLink : extent;
-            n.extents.append({start, bytesHere});
-            n.size = bytesHere;
+            n.size = rr.childLink >= 0 ? folderSizeAt(rr.childLink) : bytesHere;
+            n.extents.append({start, n.size});
             n.location = start;
-            if (rr.childLink >= 0)
-                n.size = folderSizeAt(rr.childLink);
             QByteArray name = !rr.name.isEmpty()   ? rr.name
                               : m_names == Joliet ? jolietName(id)
                                                   : isoName(id);
@@ -222,7 +222,7 @@ private:
         bool skip = false; // a link, a device, a pipe, a socket, or a folder shown elsewhere
     };
 
-    RockRidgeEntry rockRidge(const unsigned char *record, int length, int idLength)
+    RockRidgeEntry rockRidge(const unsigned char *record, int length, int idLength, int &continuations)
     {
         RockRidgeEntry out;
         int su = 33 + idLength + ((idLength % 2) == 0 ? 1 : 0) + m_susp;
@@ -251,7 +251,7 @@ private:
                     out.skip = true;
                 } else if (s0 == 'C' && s1 == 'L' && len >= 12) {
                     out.childLink = le32(e + 4);
-                } else if (s0 == 'C' && s1 == 'E' && len >= 28) {
+                } else if (s0 == 'C' && s1 == 'E' && len >= 28 && ++continuations <= MaxFolderContinuations) {
                     const int64_t block = le32(e + 4), offset = le32(e + 12), bytes = le32(e + 20);
                     if (bytes > 0 && bytes <= Sector && offset < Sector) {
                         next.resize(qsizetype(bytes));

@@ -16,6 +16,7 @@ constexpr int64_t MaxFolderBytes = 256 * 1024 * 1024;
 constexpr int MaxDescriptorSectors = 256;
 constexpr int MaxAllocationHops = 1024;
 constexpr int MaxExtents = 1 << 20;
+constexpr qsizetype MaxImageExtents = 32 * 1024 * 1024;
 
 enum Tag : uint16_t {
     PrimaryVolume = 1,
@@ -126,6 +127,7 @@ private:
         uint16_t partition = 0;
         int64_t start = -1;    // where that partition begins
         QList<Extent> metadata; // for the metadata partition: where its blocks lie in the partition
+        QList<int64_t> metadataStarts; // where each of those extents begins in the metadata partition
         QList<uint32_t> vat;    // for a virtual partition: each block's place in the partition
     };
 
@@ -200,15 +202,16 @@ private:
                     map.type = 3; // write-once media: blocks through the table at the end of the recording
                 } else if (id.startsWith("*UDF Metadata Partition")) {
                     map.metadata.append({le32(m + at + 40), 0}); // the metadata file's place, read below
+                } else if (id.startsWith("*UDF Sparable Partition")) {
+                    map.type = 1; // rewritable media: the blocks where they were written, spared ones aside
                 } else {
-                    why = QStringLiteral("the UDF volume is of rewritable media, which is not read");
-                    return false;
+                    map.type = 0; // a partition of a kind not read: nothing refers to it successfully
                 }
             }
             for (const auto &[number, start] : partitions)
                 if (number == map.partition)
                     map.start = start;
-            if (map.start < 0) {
+            if (map.start < 0 && map.type != 0) {
                 why = QStringLiteral("the UDF volume names a partition it does not describe");
                 return false;
             }
@@ -241,6 +244,11 @@ private:
                 return false;
             }
             map.metadata = n.extents;
+            int64_t at = 0;
+            for (const Extent &e : std::as_const(map.metadata)) {
+                map.metadataStarts.append(at);
+                at += e.bytes;
+            }
         }
         // The file set, and its root folder.
         const int64_t fsd = physical(le32(lv + 252), le16(lv + 256));
@@ -317,17 +325,21 @@ private:
         if (reference < 0 || reference >= m_maps.size())
             return -1;
         const Map &m = m_maps[reference];
+        if (block < 0 || m.type == 0)
+            return -1;
         if (m.type == 1)
             return m.start + block;
         if (m.type == 3)
             return block < m.vat.size() && m.vat[block] != 0xFFFFFFFFu ? m.start + m.vat[block] : -1;
-        int64_t offset = block * Block;
-        for (const Extent &e : m.metadata) {
-            if (offset < e.bytes)
-                return e.sector < 0 ? -1 : e.sector + offset / Block;
-            offset -= e.bytes;
-        }
-        return -1;
+        // The metadata file's extent that holds the block, found by halving.
+        const int64_t offset = block * Block;
+        const auto after = std::upper_bound(m.metadataStarts.begin(), m.metadataStarts.end(), offset);
+        if (after == m.metadataStarts.begin())
+            return -1;
+        const qsizetype i = (after - m.metadataStarts.begin()) - 1;
+        const Extent &e = m.metadata[i];
+        const int64_t within = offset - m.metadataStarts[i];
+        return e.sector < 0 || within >= e.bytes ? -1 : e.sector + within / Block;
     }
 
     // The file whose entry a long allocation descriptor names; -1 (and why) when it cannot be read, -1
@@ -336,6 +348,10 @@ private:
     {
         const int reference = le16(longAd + 8);
         const int64_t sector = physical(le32(longAd + 4), reference);
+        // Entries named by many identifiers are read once.
+        const auto known = m_entries.constFind(sector);
+        if (known != m_entries.constEnd())
+            return *known;
         unsigned char d[Block];
         if (sector < 0 || !read(sector, d)) {
             why = QStringLiteral("its entry lies outside the image");
@@ -345,9 +361,18 @@ private:
         bool regular = false;
         if (!entryOf(d, sector, reference, &regular, n, why))
             return -1;
-        if (!n.folder && !regular)
+        if (!n.folder && !regular) {
+            m_entries.insert(sector, -1);
             return -1;
-        return addNode(n);
+        }
+        m_extentsHeld += n.extents.size();
+        if (m_extentsHeld > MaxImageExtents) {
+            why = QStringLiteral("the image claims more extents than a disc can hold");
+            return -1;
+        }
+        const int32_t node = addNode(n);
+        m_entries.insert(sector, node);
+        return node;
     }
 
     // A file entry's type, size and extents.
@@ -362,7 +387,7 @@ private:
         const int adType = le16(d + 34) & 7;
         n.folder = fileType == 4;
         if (regular)
-            *regular = fileType == 5;
+            *regular = fileType == 5 || fileType == 249; // a file, or a real-time one
         n.size = int64_t(std::min<uint64_t>(le64(d + 56), uint64_t(1) << 50));
         n.location = sector;
         const bool extended = tag == ExtendedFileEntry;
@@ -387,10 +412,12 @@ private:
         // Short descriptors count in the partition the entry itself lies in.
         if (!extentsOf(ads, adLength, adType, reference, n.extents, why))
             return false;
-        int64_t recorded = 0;
+        // Extents that hold nothing recorded read as zeros, but never more of them than the image holds:
+        // a file cannot claim petabytes out of a few sectors.
+        int64_t recorded = 0, unrecorded = 0;
         for (const Extent &e : n.extents)
-            recorded += e.bytes;
-        n.size = std::min(n.size, recorded);
+            (e.sector < 0 ? unrecorded : recorded) += e.bytes;
+        n.size = std::min(n.size, recorded + std::min(unrecorded, m_source->Sectors() * Block));
         return true;
     }
 
@@ -432,7 +459,7 @@ private:
                     continue;
                 }
                 // A recorded extent; the metadata partition maps block by block.
-                const bool mapped = m_maps.value(ref).type == 2;
+                const bool mapped = m_maps.value(ref).type == 2 || m_maps.value(ref).type == 3;
                 for (int64_t done = 0; done < bytes; done += mapped ? Block : bytes) {
                     const int64_t sector = physical(block + done / Block, ref);
                     if (sector < 0 || sector >= m_source->Sectors()) {
@@ -454,6 +481,8 @@ private:
     }
 
     QList<Map> m_maps;
+    QHash<int64_t, int32_t> m_entries; // nodes by the sector of their entry
+    qsizetype m_extentsHeld = 0;
 };
 } // namespace
 

@@ -185,10 +185,12 @@ QList<MediaWalker::SubFolder> MediaWalker::listImage(const Folder &folder, const
     // listed as far as it goes, with a warning.
     if (!listing.problem.isEmpty() && listing.entries.isEmpty())
         throw VbError(VbErr::DeviceIOError, listing.problem);
-    if (!listing.problem.isEmpty())
+    if (!listing.problem.isEmpty() && !m_warnedFolders.contains(folder.node)) {
+        m_warnedFolders.insert(folder.node); // the walk lists a folder more than once: one warning
         MsgBox(QStringLiteral("Error ") + QString::number(VbErr::DeviceIOError), vbExclamation, QString(),
                ShownText(folder.shown.chopped(1)) + QStringLiteral(": not all of the folder could be read (") +
                    listing.problem + QStringLiteral("); what could be read is listed"));
+    }
     QList<SubFolder> folders;
     for (const DiscImage::Entry &e : listing.entries) {
         if (e.folder)
@@ -507,6 +509,7 @@ void MediaWalker::ScanFiles()
             throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(m_imagePath, why));
         SetScannedImage(m_image);
         m_volume.node = m_dir.node = m_image->Root();
+        m_warnedFolders.clear();
     }
 
     // KEVRO's own folders lie outside every disc: a volume that holds them is walked without them.

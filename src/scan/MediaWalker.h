@@ -153,4 +153,5 @@ private:
     // The disc image the volume is, if it is one; opened afresh for each walk.
     QString m_imagePath;
     std::shared_ptr<DiscImage> m_image;
+    QSet<int32_t> m_warnedFolders; // the image's folders whose listing problem was told
 };
