@@ -433,20 +433,24 @@ DiscImage::Listing DiscImage::List(int32_t folder)
     // A folder whose records another folder's records overlap is read once: a hostile image cannot make
     // the walk read the same sectors again and again.
     const Node &n = m_nodes[folder];
+    const auto range = [](const Extent &e) {
+        return std::pair<int64_t, int64_t>{e.sector, e.sector + (e.bytes + SectorSource::SectorSize - 1) / SectorSource::SectorSize};
+    };
     for (const Extent &e : n.extents) {
-        for (int64_t s = e.sector, end = e.sector + (e.bytes + SectorSource::SectorSize - 1) / SectorSource::SectorSize;
-             e.sector >= 0 && s < end; ++s) {
-            if (m_folderSectors.contains(s)) {
-                listing.problem = QStringLiteral("its records overlap another folder's");
-                m_listings.insert(folder, listing);
-                return listing;
-            }
+        const auto [start, end] = range(e);
+        if (e.sector < 0 || start == end)
+            continue;
+        auto next = m_folderRanges.upperBound(start);
+        const bool overlapsBefore = next != m_folderRanges.begin() && std::prev(next).value() > start;
+        if (overlapsBefore || (next != m_folderRanges.end() && next.key() < end)) {
+            listing.problem = QStringLiteral("its records overlap another folder's");
+            m_listings.insert(folder, listing);
+            return listing;
         }
     }
     for (const Extent &e : n.extents)
-        for (int64_t s = e.sector, end = e.sector + (e.bytes + SectorSource::SectorSize - 1) / SectorSource::SectorSize;
-             e.sector >= 0 && s < end; ++s)
-            m_folderSectors.insert(s);
+        if (e.sector >= 0)
+            m_folderRanges.insert(range(e).first, range(e).second);
     if (m_folders.isEmpty())
         m_folders.insert(m_nodes[m_root].location);
     if (m_nodes.size() > MaxNodes) {

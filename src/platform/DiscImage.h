@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
+#include <QMap>
 #include <QSet>
 #include <QString>
 
@@ -90,7 +91,7 @@ protected:
     QString m_format;
     QString m_path;
     QSet<int64_t> m_folders;          // where the folders handed out lie
-    QSet<int64_t> m_folderSectors;    // the sectors of the folders listed
+    QMap<int64_t, int64_t> m_folderRanges; // the sectors of the folders listed: first to past the last
     QHash<int32_t, Listing> m_listings; // each folder's listing, made once
 
     friend std::shared_ptr<DiscImage> OpenIsoImage(std::unique_ptr<SectorSource> &source, QString &why);
