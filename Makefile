@@ -11,10 +11,11 @@ DEBS := cmake ninja-build g++ pkg-config \
 # with version resources with mingw-w64's binutils and read them back with Debian's pefile; Debian's
 # distlib brings real launchers whose version block is not the one the version API reads. The screens whose
 # behaviour hangs on focus and activation run on a virtual display under openbox (x11-utils tells when it is up).
-# Disc images are made by the tests with xorriso, genisoimage and udftools.
+# Disc images are made by the tests with xorriso, genisoimage and udftools; kevro-check's records are checked
+# against their schema with python3-jsonschema.
 TEST_DEBS := postgresql-15 postgresql-client-15 python3 libsqliteodbc unixodbc \
              binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 python3-pefile python3-distlib \
-             openbox x11-utils xorriso genisoimage udftools
+             openbox x11-utils xorriso genisoimage udftools python3-jsonschema
 # The scan benchmark compares the expansion with bsdtar, the evaluation's with the sqlite3 shell; the image
 # benchmark makes its image with xorriso.
 BENCH_DEBS := libarchive-tools sqlite3 xorriso

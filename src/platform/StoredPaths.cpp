@@ -10,7 +10,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <thread>
+#include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -420,6 +423,91 @@ StoredFileInfo InfoOf(const QString &stored, int occurrence)
     const QByteArrayView name = e >= 0 ? r.name(e) : QByteArrayView(native).sliced(native.lastIndexOf('/') + 1);
     info.hidden = name.startsWith('.');
     return info;
+}
+
+int64_t ReadStoredFile(const QString &stored, int occurrence, int64_t offset, char *out, int64_t n)
+{
+    Registry &r = registry();
+    const int32_t e = r.find(stored, occurrence);
+    if (e >= 0 && r.entries[e].node >= 0)
+        return r.image ? r.image->Read(r.entries[e].node, offset, out, n) : -1;
+    const QByteArray native = e >= 0 ? r.native(e) : QFile::encodeName(resolveByName(stored));
+    // O_NONBLOCK: a pipe put in a file's place since the walk is never waited for.
+    const int fd = ::open(native.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (fd < 0)
+        return -1;
+    int64_t done = 0;
+    while (done < n) {
+        const ssize_t got = ::pread(fd, out + done, size_t(n - done), offset + done);
+        if (got <= 0)
+            break;
+        done += got;
+    }
+    ::close(fd);
+    return done;
+}
+
+QList<ListedFile> FilesInWalkOrder()
+{
+    Registry &r = registry();
+    QList<ListedFile> out;
+    out.reserve(r.stored.size());
+    QHash<QString, int> seen;
+    r.index();
+    for (const QString &stored : std::as_const(r.stored))
+        out.append({stored, r.later.contains(stored) ? seen[stored]++ : 0});
+    return out;
+}
+
+QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QByteArrayView head)> &test, int threads)
+{
+    Registry &r = registry();
+    r.index();
+    const qsizetype count = r.entries.size();
+    const auto work = [&](qsizetype from, qsizetype to, QList<qsizetype> &out) {
+        QByteArray head(headBytes, Qt::Uninitialized);
+        int dir = -1, dirFolder = -1;
+        for (qsizetype i = from; i < to; ++i) {
+            const Entry &e = r.entries[i];
+            int64_t n = -1;
+            if (e.node >= 0) {
+                n = r.image ? r.image->Read(e.node, 0, head.data(), headBytes) : -1;
+            } else {
+                // The files of one folder follow each other in the walk: its handle serves them all.
+                if (e.folder != dirFolder) {
+                    if (dir >= 0)
+                        ::close(dir);
+                    dirFolder = e.folder;
+                    dir = e.folder > 0 ? ::open(r.folders[e.folder].constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)
+                                       : AT_FDCWD;
+                }
+                const QByteArray name = e.folder > 0 ? QByteArray(r.names.constData() + e.nameAt, e.nameLength)
+                                                     : r.native(int32_t(i));
+                const int fd = dir == -1 ? -1 : ::openat(dir, name.constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+                if (fd >= 0) {
+                    n = ::pread(fd, head.data(), size_t(headBytes), 0);
+                    ::close(fd);
+                }
+            }
+            if (n > 0 && test(QByteArrayView(head.constData(), n)))
+                out.append(i);
+        }
+        if (dir >= 0)
+            ::close(dir);
+    };
+    // Opening a few hundred thousand files is the cost here: one share of them a thread.
+    threads = std::max(1, threads);
+    QList<QList<qsizetype>> found(threads);
+    std::vector<std::thread> others;
+    for (int t = 1; t < threads; ++t)
+        others.emplace_back(work, count * t / threads, count * (t + 1) / threads, std::ref(found[t]));
+    work(0, count / threads, found[0]);
+    for (std::thread &t : others)
+        t.join();
+    QList<qsizetype> out;
+    for (const QList<qsizetype> &part : std::as_const(found))
+        out += part;
+    return out;
 }
 
 int Occurrences::operator()(const QString &stored)

@@ -3,9 +3,11 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QHash>
+#include <QList>
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 class DiscImage;
@@ -57,6 +59,22 @@ QByteArray NativePath(const QString &stored, int occurrence = 0);
 // a link in the extract folder, and a file inside a disc image is copied out into it (each made once,
 // emptied with the extract folder).
 QString RealPath(const QString &stored, int occurrence = 0);
+
+// Reads n bytes from an offset of a listed file (of the folder, never through a link, or of the disc
+// image); returns the number read, -1 when the file cannot be read.
+int64_t ReadStoredFile(const QString &stored, int occurrence, int64_t offset, char *out, int64_t n);
+
+// Every file the walk listed, in the walk's order, with its occurrence of its stored path.
+struct ListedFile {
+    QString stored;
+    int occurrence = 0;
+};
+QList<ListedFile> FilesInWalkOrder();
+// The places in that order of the files whose first bytes (at most headBytes of them) pass the test, each
+// file read only as far as its head, by as many threads side by side. It only reads what the walk
+// registered: other threads may look files up meanwhile, none may register any.
+QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QByteArrayView head)> &test,
+                                      int threads = 2);
 
 // What the screens and the report need to know of a listed file without opening it.
 struct StoredFileInfo {

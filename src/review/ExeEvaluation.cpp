@@ -99,7 +99,7 @@ public:
 
     // The verdict on one file name: the last matching row's application, licensed when any matching
     // row needs no licence or names an application the client holds a licence for, whatever its dates.
-    bool judge(const QString &exeName, QString &appName, bool &licensed) const
+    bool judge(const QString &exeName, QString &appName, bool &licensed, QVariant *appId = nullptr) const
     {
         const auto it = m_byName.constFind(exeName.toUpper());
         if (it == m_byName.constEnd())
@@ -108,6 +108,8 @@ public:
         for (const int row : *it) {
             const Component &c = m_rows[row];
             appName = ToText(c.appName);
+            if (appId)
+                *appId = c.appId;
             if (!c.requiresLicence || m_licensedApps.contains(ToLong(c.appId)))
                 licensed = true;
         }
@@ -181,8 +183,11 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
         result.catalogueEmpty = true;
         Occurrences occurrence;
         for (const QString &path : mediaFiles) {
-            if (path.right(4) == exeTail)
-                result.unknown.append(Unknown(path, occurrence(path)));
+            if (path.right(4) != exeTail)
+                continue;
+            const int n = occurrence(path);
+            result.unknown.append(Unknown(path, n));
+            result.verdicts.append({path, n, ExeVerdict::Unknown, {}, {}});
         }
     } else {
         Catalogue catalogue;
@@ -198,7 +203,14 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
                 const QString exeName = FileNameOnly(path);
                 QString appName;
                 bool licensed = false;
-                if (!catalogue.judge(exeName, appName, licensed))
+                QVariant appId;
+                const bool known = catalogue.judge(exeName, appName, licensed, &appId);
+                result.verdicts.append({path, n,
+                                        !known      ? ExeVerdict::Unknown
+                                        : licensed ? ExeVerdict::Licensed
+                                                   : ExeVerdict::Unlicensed,
+                                        appName, known ? appId : QVariant()});
+                if (!known)
                     result.unknown.append(Unknown(path, n));
                 else if (!appName.isEmpty())
                     gConnection->Execute(InsertSql(appName, path, exeName, licensed));
@@ -216,6 +228,27 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
 
     result.unknownCaption = QStringLiteral("Unknown Programs - ") + QString::number(result.unknown.size());
     return result;
+}
+
+QList<NameVerdict> JudgeNames(const QStringList &exeNames, const QString &clientCode)
+{
+    QList<NameVerdict> out;
+    if (exeNames.isEmpty())
+        return out;
+    OpenDatabase();
+    Recordset components, licences;
+    components.Open(CatalogueSql, gConnection.get());
+    licences.Open(LicenceSql(clientCode), gConnection.get());
+    Catalogue catalogue;
+    if (components.RecordCount() > 0)
+        catalogue.load(components, licences);
+    CloseDatabase();
+    for (const QString &name : exeNames) {
+        NameVerdict v;
+        v.known = catalogue.judge(name, v.application, v.licensed, &v.applicationId);
+        out.append(v);
+    }
+    return out;
 }
 
 std::optional<QString> WebLicenceOf(const QString &appName)

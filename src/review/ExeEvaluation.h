@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include <optional>
 
@@ -39,6 +40,16 @@ inline const QString StoredLicensedCaption = QStringLiteral("Licensed Programs /
 inline const QString StoredUnlicensedCaption = QStringLiteral("Un-licensed Programs");
 inline const QString StoredUnknownCaption = QStringLiteral("Unknown Programs");
 
+// The verdict on one ".EXE" of the scan, in the scan's order, with the catalogue row that decided it
+// (the last matching one).
+struct ExeVerdict {
+    QString path;
+    int occurrence = 0;
+    enum Kind { Licensed, Unlicensed, Unknown } kind = Unknown;
+    QString application;
+    QVariant applicationId; // APP_ID; null for an unknown program
+};
+
 struct ExeEvaluation {
     // With an empty catalogue every executable is unknown and the trees keep their stored captions.
     bool catalogueEmpty = false;
@@ -47,6 +58,8 @@ struct ExeEvaluation {
     QList<ApplicationRoot> unlicensed;
     // In the order of the scan's list.
     QList<UnknownExe> unknown;
+    // Every ".EXE" of the scan, in its order.
+    QList<ExeVerdict> verdicts;
     // The captions over the two trees and the grid; empty where the stored caption stays.
     QString licensedCaption;
     QString unlicensedCaption;
@@ -62,6 +75,17 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
 // The web address of an application's licence terms: nullopt when no application has that name, an
 // empty text when it has none.
 std::optional<QString> WebLicenceOf(const QString &appName);
+
+// What the catalogue says of file names for a client, read through the same rules as the judgement:
+// whether an application lists each, which (the last matching row's name and number), and whether the
+// client may distribute it. One unit of work for all of them.
+struct NameVerdict {
+    bool known = false;
+    bool licensed = false;
+    QString application;
+    QVariant applicationId;
+};
+QList<NameVerdict> JudgeNames(const QStringList &exeNames, const QString &clientCode);
 
 // The simpler judgement by licence rows alone (nothing in the program calls it): each ".EXE" path in
 // the licensed list when the client's licences name a component of that name, in the un-licensed list

@@ -361,10 +361,17 @@ void MediaWalker::expandArchive(const QString &stored, const Where &where)
     if (m_display.currentAction)
         m_display.currentAction(ShortenPath(stored, m_maxPathLabel).toUpper());
     pump();
+    const QByteArray target = ArchiveTargetFolder(where.native, where.node >= 0);
     if (where.node >= 0)
-        m_expander.Expand(imageSource(where.node), ArchiveTargetFolder(where.native, true));
+        m_expander.Expand(imageSource(where.node), target);
     else
-        m_expander.Expand(where.native, ArchiveTargetFolder(where.native));
+        m_expander.Expand(where.native, target);
+    // The stored form of the archive's folder, as the extract folder's walk will store its members.
+    QString folder = StoredExtractFolder();
+    for (const QByteArray &part : target.mid(QFile::encodeName(ExtractFolder()).size()).split('/'))
+        if (!part.isEmpty())
+            folder += kSlash + StoredName(part);
+    m_archives.append({folder, stored});
     // The listing taken before this expansion may no longer hold every subfolder.
     m_lastListedValid = false;
     const QStringList &warnings = m_expander.warnings();
@@ -499,6 +506,7 @@ void MediaWalker::ScanFiles()
     ResetList(gExternalFiles);
     ClearRealPaths();
     m_lastListedValid = false;
+    m_archives.clear();
     m_dir = m_volume;
     m_dirPath = m_volume.shown;
     if (!m_imagePath.isEmpty()) {

@@ -76,6 +76,9 @@ public:
     bool StartFolderListed() const { return m_startListed; }
 
     ArchiveExpander &Expander() { return m_expander; }
+    // The archives the walk expanded: the stored form of each one's folder in the extract folder, and
+    // the archive's own stored path.
+    const QList<QPair<QString, QString>> &ExpandedArchives() const { return m_archives; }
 
 private:
     // A folder of the walk: the file system's bytes, its stored form and its path as shown, each with
@@ -153,5 +156,6 @@ private:
     // The disc image the volume is, if it is one; opened afresh for each walk.
     QString m_imagePath;
     std::shared_ptr<DiscImage> m_image;
-    QSet<int32_t> m_warnedFolders; // the image's folders whose listing problem was told
+    QSet<int32_t> m_warnedFolders;
+    QList<QPair<QString, QString>> m_archives; // the image's folders whose listing problem was told
 };

@@ -15,20 +15,25 @@
 #include "platform/Paths.h"
 #include "platform/WorkLock.h"
 #include "platform/VbError.h"
+#include "reporting/JobRecord.h"
 #include "reporting/JobResults.h"
 #include "reporting/ScanReport.h"
 #include "review/ExeEvaluation.h"
+#include "review/ExecutableFormat.h"
 #include "review/ViewerFiles.h"
 #include "scan/ArchiveExpander.h"
 #include "scan/MediaWalker.h"
 #include "shell/MainMod.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QJsonDocument>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <atomic>
+#include <future>
 #include <csignal>
 #include <cstdio>
 
@@ -48,11 +53,14 @@ enum ExitCode : int {
     ReportNotWritable = 6,
     AnotherProgramWorking = 7,
     NoDiscImage = 8,
+    UnlicensedOnVolume = 10,
+    UnknownOnVolume = 11,
     Cancelled = 130,
 };
 
 const char *const Usage =
-    "usage: kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked] "
+    "usage: kevro-check --client <CLIENT_ID> --catalogue <number> [--report html|text] [--content all|checked]\n"
+    "                   [--record FILE|-] [--fail-on unlicensed|unknown] "
     "<volume root, folder or disc image>\n";
 
 const char *const Help =
@@ -66,12 +74,20 @@ const char *const Help =
     "  --report html|text       the report's format (default: DefaultReportType of kevro.ini, else html)\n"
     "  --content all|checked    list every file, or only the checked ones, which a job without screens has\n"
     "                           none of (default: DefaultReportContent of kevro.ini); kevro.ini is not changed\n"
+    "  --record FILE|-          also write the job as one JSON document (its fields: schemas/job-record.schema.json):\n"
+    "                           every file in the walk's order, every executable's verdict and the application\n"
+    "                           that decided it, every file that holds a program whatever its name, the counts\n"
+    "                           and the warnings; - writes it to standard output (the report's path then goes\n"
+    "                           to standard error)\n"
+    "  --fail-on unlicensed|unknown\n"
+    "                           after the report (and the record) are written, exit 10 when an un-licensed\n"
+    "                           application is on the volume; with unknown, also 11 when an unknown program is\n"
     "  -h, --help               this text\n"
     "\n"
     "The application folder is the program's folder, or $KEVRO_HOME when set. The report's path is printed\n"
     "on standard output. Warnings go to standard error, one line each naming the folder, archive or member\n"
-    "and the reason (a damaged archive, a member not extracted, a folder that cannot be read), and the job\n"
-    "goes on. Links, pipes, sockets and devices on the volume are no files of the disc and are passed over.\n"
+    "and the reason (a damaged archive, a member not extracted, a folder that cannot be read, a program under\n"
+    "another name than .EXE, told by its headers), and the job goes on. Links, pipes, sockets and devices on the volume are no files of the disc and are passed over.\n"
     "On a terminal the progress is shown on standard error; Ctrl+C cancels.\n"
     "\n"
     "Exit codes:\n"
@@ -85,6 +101,8 @@ const char *const Help =
     "  7    another KEVRO program (the desktop program or another kevro-check) is working in the same\n"
     "       application folder: they share its extract folder\n"
     "  8    the file named as the volume is no disc image\n"
+    "  10   (with --fail-on) an un-licensed application is on the volume; the report was written\n"
+    "  11   (with --fail-on unknown) an unknown program, and no un-licensed application, is on the volume\n"
     "  130  cancelled\n"
     "\n"
     "Checking a folder of masters, one report each:\n"
@@ -113,11 +131,19 @@ int fail(int code, const QString &message)
 
 // A message box of the shared routines becomes lines on standard error, each naming what it is about
 // and why, answered with its first button.
+QStringList g_warnings; // every warning of the job, for its record
+
+void warn(const QString &line)
+{
+    g_warnings.append(oneLine(line));
+    std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(g_warnings.last()));
+}
+
 int warnOnStderr(const MsgBoxRequest &box)
 {
     const QStringList lines = box.detail.isEmpty() ? QStringList{box.prompt} : box.detail.split(QLatin1Char('\n'));
     for (const QString &line : lines)
-        std::fprintf(stderr, "kevro-check: warning: %s\n", qPrintable(oneLine(line)));
+        warn(line);
     return FirstButtonOf(box.style);
 }
 
@@ -126,6 +152,8 @@ struct Arguments {
     QString catalogue;
     QString report;
     QString content;
+    QString record;
+    QString failOn;
     QString volume;
 };
 
@@ -155,6 +183,10 @@ QString parse(const QStringList &args, Arguments &out, bool &help)
             target = &out.report;
         else if (name == QLatin1String("--content"))
             target = &out.content;
+        else if (name == QLatin1String("--record"))
+            target = &out.record;
+        else if (name == QLatin1String("--fail-on"))
+            target = &out.failOn;
         else if (a.startsWith(QLatin1Char('-')) && a != QLatin1String("-"))
             return QStringLiteral("unknown option %1").arg(a);
         if (!target) {
@@ -179,6 +211,10 @@ QString parse(const QStringList &args, Arguments &out, bool &help)
     out.report = out.report.toLower();
     if (!out.report.isNull() && out.report != QLatin1String("html") && out.report != QLatin1String("text"))
         return QStringLiteral("--report is html or text");
+    if (!out.failOn.isNull() && out.failOn != QLatin1String("unlicensed") && out.failOn != QLatin1String("unknown"))
+        return QStringLiteral("--fail-on is unlicensed or unknown");
+    if (!out.record.isNull() && out.record.isEmpty())
+        return QStringLiteral("--record needs a file, or - for standard output");
     out.content = out.content.toLower();
     if (!out.content.isNull() && out.content != QLatin1String("all") && out.content != QLatin1String("checked"))
         return QStringLiteral("--content is all or checked");
@@ -349,6 +385,7 @@ int main(int argc, char **argv)
     ResetList(gExternalFiles);
     ResetExtractFolder();
 
+    const QDateTime started = QDateTime::currentDateTime();
     TerminalProgress progress(::isatty(STDERR_FILENO) == 1);
     MediaWalker walker;
     std::signal(SIGINT, onInterrupt);
@@ -384,13 +421,21 @@ int main(int argc, char **argv)
         return fail(Cancelled, QStringLiteral("cancelled; no report was written"));
     }
 
+    // Programs under other names than ".EXE" are told by their headers: every file's first bytes are read
+    // on a core of their own while the judgement and the report go on.
+    const QList<ListedFile> listed = FilesInWalkOrder();
+    std::future<QList<qsizetype>> marked = std::async(std::launch::async, [] { return FilesMarkedAsPrograms(1); });
     JobResults results;
+    ExeEvaluation evaluation;
+    QList<ProgramFile> programs;
+    QList<NameVerdict> components;
     progress.stage(QStringLiteral("Judging the executables..."));
     // The catalogue was there at the start; a connection lost now ends the judgement, not the program,
     // so that the extract folder is still emptied.
     SetEndProcessHook([](int) {});
     try {
-        results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+        evaluation = EvaluateExecutables(gMediaFiles, gClientCode);
+        results = ResultsOfEvaluation(evaluation);
     } catch (const ProcessEnded &) {
         SetEndProcessHook(nullptr);
         progress.finish();
@@ -428,9 +473,60 @@ int main(int argc, char **argv)
         ResetExtractFolder();
         return fail(ReportNotWritable, QStringLiteral("cannot write the report %1: %2").arg(path, e.description));
     }
+    // The programs the heads marked, their version information, and what the catalogue says of the names
+    // it gives them.
+    progress.stage(QStringLiteral("Looking at programs under other names..."));
+    programs = ExaminePrograms(listed, marked.get());
+    QStringList originalNames;
+    for (const ProgramFile &p : programs)
+        originalNames.append(p.originalFileName);
+    try {
+        components = JudgeNames(originalNames, gClientCode);
+    } catch (const VbError &e) {
+        warn(QStringLiteral("the programs' original names could not be judged: ") + e.description);
+    }
+    for (qsizetype i = 0; i < programs.size(); ++i) {
+        const QString line = HiddenProgramLine(programs[i], components.value(i));
+        if (!line.isEmpty())
+            warn(line);
+    }
+
+    // The record of the whole job, for a plant's own systems.
+    if (!args.record.isNull()) {
+        JobRecordInput input;
+        input.clientCode = gClientCode;
+        input.clientName = gClientName;
+        input.catalogueNumber = gCatalogueNumber;
+        input.volume = volume;
+        input.imageFormat = ScannedImage() ? ScannedImage()->Format() : QString();
+        input.started = started;
+        input.ended = QDateTime::currentDateTime();
+        input.reportPath = path;
+        input.evaluation = &evaluation;
+        input.results = results;
+        input.programs = programs;
+        input.programComponents = components;
+        input.archives = walker.ExpandedArchives();
+        input.warnings = g_warnings;
+        const QByteArray json = MakeJobRecord(input).toJson(QJsonDocument::Indented);
+        if (args.record == QLatin1String("-")) {
+            std::fwrite(json.constData(), 1, size_t(json.size()), stdout);
+        } else {
+            QFile out(args.record);
+            if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate) || out.write(json) != json.size()) {
+                progress.finish();
+                ResetExtractFolder();
+                return fail(ReportNotWritable, QStringLiteral("cannot write the record %1: %2").arg(args.record, out.errorString()));
+            }
+        }
+    }
     // Nothing of the disc stays behind once the report stands.
     progress.finish();
     ResetExtractFolder();
-    std::printf("%s\n", qPrintable(path));
+    std::fprintf(args.record == QLatin1String("-") ? stderr : stdout, "%s\n", qPrintable(path));
+    if (!args.failOn.isNull() && !evaluation.unlicensed.isEmpty())
+        return UnlicensedOnVolume;
+    if (args.failOn == QLatin1String("unknown") && !evaluation.unknown.isEmpty())
+        return UnknownOnVolume;
     return Done;
 }
