@@ -229,7 +229,7 @@ long Connection::NumberFor(const QSqlError &error, DataSource::Engine engine)
     return DbErr::CommandError;
 }
 
-void Connection::Execute(const QString &sql, long)
+QSqlQuery Connection::run(const QString &sql)
 {
     if (!IsOpen())
         throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
@@ -237,16 +237,17 @@ void Connection::Execute(const QString &sql, long)
     QSqlQuery q(Database());
     if (!q.exec(text))
         throw sqlFailure(q.lastError(), m_engine, sql);
+    return q;
+}
+
+void Connection::Execute(const QString &sql, long)
+{
+    run(sql);
 }
 
 QVariant Connection::ExecuteInsert(const QString &sql)
 {
-    if (!IsOpen())
-        throw VbError(DbErr::ObjectClosed, QStringLiteral("Operation is not allowed when the object is closed."));
-    const QString text = PrepareStatement(sql);
-    QSqlQuery q(Database());
-    if (!q.exec(text))
-        throw sqlFailure(q.lastError(), m_engine, sql);
+    QSqlQuery q = run(sql);
     // Asked only after an insert: on PostgreSQL it is a query of its own.
     if (!Database().driver()->hasFeature(QSqlDriver::LastInsertId))
         return QVariant();

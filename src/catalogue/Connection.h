@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -48,6 +49,8 @@ public:
     static long NumberFor(const QSqlError &error, DataSource::Engine engine);
 
 private:
+    // One statement sent; a failure raises with the engine's number.
+    QSqlQuery run(const QString &sql);
     QString m_name;
     DataSource::Engine m_engine = DataSource::Engine::Odbc;
     bool m_open = false;

@@ -458,8 +458,15 @@ DiscImage::Listing DiscImage::List(int32_t folder)
         m_listings.insert(folder, listing);
         return listing;
     }
-    Listing found = list(folder);
-    listing.problem = found.problem;
+    // A folder's records, as far as they can be read: what stands before a damaged part is listed.
+    constexpr int64_t MaxFolderBytes = 256 * 1024 * 1024;
+    QByteArray records;
+    if (!readAll(folder, records, MaxFolderBytes, listing.problem)) {
+        m_listings.insert(folder, listing);
+        return listing;
+    }
+    Listing found = list(folder, records);
+    addProblem(listing.problem, found.problem);
     bool renamed = false;
     for (Entry &e : found.entries) {
         bool changed = false;

@@ -79,8 +79,8 @@ protected:
         bool folder = false;
         int64_t location = -1; // what identifies a folder: a folder listed once per walk
     };
-    // The reader's own listing of a folder.
-    virtual Listing list(int32_t folder) = 0;
+    // The reader's own listing of a folder from its records' bytes (as far as they could be read).
+    virtual Listing list(int32_t folder, const QByteArray &records) = 0;
     int32_t addNode(Node node);
     // The bytes of a folder (or of any node), at most `limit`.
     bool readAll(int32_t node, QByteArray &out, int64_t limit, QString &problem);

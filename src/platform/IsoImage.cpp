@@ -10,7 +10,6 @@
 
 namespace {
 constexpr int64_t Sector = SectorSource::SectorSize;
-constexpr int64_t MaxFolderBytes = 256 * 1024 * 1024;
 constexpr int MaxDescriptors = 64;
 constexpr int MaxContinuations = 64;
 constexpr int MaxFolderContinuations = 65536; // continuation areas one folder's records may send the reader to
@@ -95,12 +94,9 @@ public:
         return true;
     }
 
-    Listing list(int32_t folder) override
+    Listing list(int32_t, const QByteArray &bytes) override
     {
         Listing out;
-        QByteArray bytes;
-        if (!readAll(folder, bytes, MaxFolderBytes, out.problem))
-            return out;
         const auto *d = reinterpret_cast<const unsigned char *>(bytes.constData());
         const int64_t size = bytes.size();
         int continuations = 0; // continuation areas read for this folder

@@ -12,7 +12,6 @@
 
 namespace {
 constexpr int64_t Block = SectorSource::SectorSize;
-constexpr int64_t MaxFolderBytes = 256 * 1024 * 1024;
 constexpr int MaxDescriptorSectors = 256;
 constexpr int MaxAllocationHops = 1024;
 constexpr int MaxExtents = 1 << 20;
@@ -84,12 +83,9 @@ public:
         return ok;
     }
 
-    Listing list(int32_t folder) override
+    Listing list(int32_t, const QByteArray &bytes) override
     {
         Listing out;
-        QByteArray bytes;
-        if (!readAll(folder, bytes, MaxFolderBytes, out.problem))
-            return out;
         const auto *d = reinterpret_cast<const unsigned char *>(bytes.constData());
         const int64_t size = bytes.size();
         for (int64_t at = 0; at + 38 <= size;) {
