@@ -57,25 +57,14 @@ int main(int argc, char **argv)
     });
 
     const QString here = QCoreApplication::applicationDirPath();
-    const QString root = qEnvironmentVariableIsSet("KEVRO_BENCH_DISC") ? qEnvironmentVariable("KEVRO_BENCH_DISC")
-                                                                       : here + QStringLiteral("/../bench-disc");
-    const DiscTree tree = MakeDiscTree(root);
+    const DiscTree tree = SharedDiscTree();
     if (tree.files == 0)
         return 1;
 
-    // The application folder of the run, with the demo catalogue on SQLite; only its own odbc.ini counts.
+    // The application folder of the run, with the demo catalogue.
     QTemporaryDir appFolder;
-    qputenv("KEVRO_HOME", QFile::encodeName(appFolder.path()));
-    qputenv("ODBCINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-user-odbc.ini"))));
-    qputenv("ODBCSYSINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-system-odbc"))));
-    CreateFolder(ExtractFolder());
-    CreateFolder(AppPath() + QStringLiteral("/reports"));
-    QProcess setup;
-    setup.start(here + QStringLiteral("/../kevro-setup"), {QStringLiteral("--demo")});
-    if (!setup.waitForFinished(120000) || setup.exitCode() != 0) {
-        std::fprintf(stderr, "kevro-setup --demo failed: %s\n", setup.readAllStandardError().constData());
+    if (!MakeAppFolder(appFolder.path()))
         return 1;
-    }
     const QString check = here + QStringLiteral("/../kevro-check");
     const QStringList checkArgs{QStringLiteral("--client"), QStringLiteral("4"), QStringLiteral("--catalogue"),
                                 QStringLiteral("BENCH"), QStringLiteral("--report"), QStringLiteral("html"),

@@ -1,5 +1,12 @@
 #include "disc_tree.h"
 
+#include "catalogue/CatalogueSetup.h"
+#include "platform/FileSystem.h"
+#include "platform/Paths.h"
+#include "shell/MainMod.h"
+
+#include <QCoreApplication>
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -374,4 +381,32 @@ DiscTree MakeDiscTree(const QString &rootPath)
         t.zips.append(QDir(t.archives).relativeFilePath(it.next()));
     t.zips.sort();
     return t;
+}
+
+DiscTree SharedDiscTree()
+{
+    const QString root = qEnvironmentVariableIsSet("KEVRO_BENCH_DISC")
+                             ? qEnvironmentVariable("KEVRO_BENCH_DISC")
+                             : QCoreApplication::applicationDirPath() + QStringLiteral("/../bench-disc");
+    return MakeDiscTree(root);
+}
+
+bool MakeAppFolder(const QString &folder)
+{
+    const QDir app(folder);
+    qputenv("KEVRO_HOME", QFile::encodeName(folder));
+    qputenv("ODBCINI", QFile::encodeName(app.filePath(QStringLiteral("no-user-odbc.ini"))));
+    qputenv("ODBCSYSINI", QFile::encodeName(app.filePath(QStringLiteral("no-system-odbc"))));
+    CreateFolder(ExtractFolder());
+    CreateFolder(AppPath() + QStringLiteral("/reports"));
+    CatalogueTarget catalogue;
+    catalogue.sqliteFile = app.filePath(QStringLiteral("kevro.db"));
+    QString failed = CreateCatalogue(catalogue, true);
+    if (failed.isEmpty())
+        failed = LoadDemoCatalogue(catalogue);
+    if (failed.isEmpty())
+        failed = WriteDataSourceEntry(catalogue, app.filePath(QStringLiteral("odbc.ini")));
+    if (!failed.isEmpty())
+        std::fprintf(stderr, "the benchmark's catalogue cannot be made: %s\n", qPrintable(failed));
+    return failed.isEmpty();
 }

@@ -26,3 +26,11 @@ struct DiscTree {
 // but an earlier tree of this benchmark is left alone: the result has an empty disc then, and why is
 // on stderr.
 DiscTree MakeDiscTree(const QString &root);
+
+// The tree the benchmarks share: $KEVRO_BENCH_DISC, else bench-disc beside the build's programs.
+DiscTree SharedDiscTree();
+
+// Makes `folder` the application folder of the run: KEVRO_HOME points at it, it has its extract and
+// reports folders, and the demo catalogue on SQLite under the data source KEVRO in its own odbc.ini (no
+// data source of this machine's user or system counts). False, with why on stderr, when it cannot.
+bool MakeAppFolder(const QString &folder);

@@ -66,9 +66,8 @@ int main(int argc, char **argv)
         return 1;
     }
     const QString here = QCoreApplication::applicationDirPath();
-    const QString root = qEnvironmentVariableIsSet("KEVRO_BENCH_DISC") ? qEnvironmentVariable("KEVRO_BENCH_DISC")
-                                                                       : here + QStringLiteral("/../bench-disc");
-    const DiscTree tree = MakeDiscTree(root);
+    const DiscTree tree = SharedDiscTree();
+    const QString &root = tree.root;
     if (tree.files == 0)
         return 1;
     const auto makeImage = [&](const QString &image, const QString &folder) {
@@ -83,24 +82,10 @@ int main(int argc, char **argv)
     if (!makeImage(discImage, tree.disc) || !makeImage(image, tree.root))
         return 1;
 
-    // The application folder of the run, with the demo catalogue on SQLite; only its own odbc.ini counts.
+    // The application folder of the run, with the demo catalogue.
     QTemporaryDir appFolder;
-    qputenv("KEVRO_HOME", QFile::encodeName(appFolder.path()));
-    qputenv("ODBCINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-user-odbc.ini"))));
-    qputenv("ODBCSYSINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-system-odbc"))));
-    CreateFolder(ExtractFolder());
-    CreateFolder(AppPath() + QStringLiteral("/reports"));
-    CatalogueTarget catalogue;
-    catalogue.sqliteFile = appFolder.filePath(QStringLiteral("kevro.db"));
-    QString failed = CreateCatalogue(catalogue, true);
-    if (failed.isEmpty())
-        failed = LoadDemoCatalogue(catalogue);
-    if (failed.isEmpty())
-        failed = WriteDataSourceEntry(catalogue, appFolder.filePath(QStringLiteral("odbc.ini")));
-    if (!failed.isEmpty()) {
-        std::fprintf(stderr, "the benchmark's catalogue cannot be made: %s\n", qPrintable(failed));
+    if (!MakeAppFolder(appFolder.path()))
         return 1;
-    }
     const QString check = here + QStringLiteral("/../kevro-check");
     const auto checkArgs = [](const QString &volume) {
         return QStringList{QStringLiteral("--client"), QStringLiteral("4"), QStringLiteral("--catalogue"),

@@ -127,10 +127,7 @@ int main(int argc, char **argv)
         return FirstButtonOf(r.style);
     });
 
-    const QString root = qEnvironmentVariableIsSet("KEVRO_BENCH_DISC")
-                             ? qEnvironmentVariable("KEVRO_BENCH_DISC")
-                             : QCoreApplication::applicationDirPath() + QStringLiteral("/../bench-disc");
-    const DiscTree tree = MakeDiscTree(root);
+    const DiscTree tree = SharedDiscTree();
     if (tree.files == 0)
         return 1;
     const QString find = QStandardPaths::findExecutable(QStringLiteral("find"));
@@ -144,22 +141,9 @@ int main(int argc, char **argv)
     // screen road's application viewer judges the executables against a catalogue of its own (on
     // SQLite; no data source of this machine's user or system counts).
     QTemporaryDir appFolder;
-    qputenv("KEVRO_HOME", QFile::encodeName(appFolder.path()));
-    qputenv("ODBCINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-user-odbc.ini"))));
-    qputenv("ODBCSYSINI", QFile::encodeName(appFolder.filePath(QStringLiteral("no-system-odbc"))));
-    copyPictures(appFolder.path());
-    CreateFolder(ExtractFolder());
-    CatalogueTarget catalogue;
-    catalogue.sqliteFile = appFolder.filePath(QStringLiteral("kevro.db"));
-    QString failed = CreateCatalogue(catalogue, true);
-    if (failed.isEmpty())
-        failed = LoadDemoCatalogue(catalogue);
-    if (failed.isEmpty())
-        failed = WriteDataSourceEntry(catalogue, appFolder.filePath(QStringLiteral("odbc.ini")));
-    if (!failed.isEmpty()) {
-        std::fprintf(stderr, "the benchmark's catalogue cannot be made: %s\n", qPrintable(failed));
+    if (!MakeAppFolder(appFolder.path()))
         return 1;
-    }
+    copyPictures(appFolder.path());
     WriteIniKey(QStringLiteral("Devices"), QStringLiteral("DefaultDevice"), tree.disc);
     // A tree just laid out is still being written back; that must not run under the timings.
     ::sync();
