@@ -44,20 +44,22 @@
 
 namespace {
 
-QStringList names(FlexGrid *grid)
+const char *const noServer = "no PostgreSQL server: run through `make test`, which starts one";
+const QString clientsSaved = QStringLiteral("Clients updated in KEVRO database");
+const QString sureToDelete = QStringLiteral("Are you sure you want to delete this record?");
+
+// The texts of one column of a grid, row by row: 1 the names, 2 the row states of a name grid.
+QStringList cells(FlexGrid *grid, int col)
 {
     QStringList out;
     for (int r = 0; r < grid->Rows(); ++r)
-        out << grid->TextMatrix(r, 1);
+        out << grid->TextMatrix(r, col);
     return out;
 }
 
-QStringList states(FlexGrid *grid)
+QStringList names(FlexGrid *grid)
 {
-    QStringList out;
-    for (int r = 0; r < grid->Rows(); ++r)
-        out << grid->TextMatrix(r, 2);
-    return out;
+    return cells(grid, 1);
 }
 
 // Types a name into the floating box as a person does: what the box held is replaced.
@@ -77,11 +79,45 @@ void typeName(QLineEdit *box, const QString &text)
     }
 }
 
+// A new row on a screen's name grid, its name typed into the floating box.
+template <class Screen> void addRow(Screen *s, const QString &name)
+{
+    Click(s->cmdAddRecord);
+    typeName(s->txtEdit, name);
+}
+
 // A double click on a cell as the mouse delivers it: the press makes the cell current first.
 void doubleClickCell(FlexGrid *grid, int row, int col)
 {
     ClickRow(grid, row, col);
     QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(grid, row, col));
+}
+
+// A click whose boxes get these answers; only the boxes it shows are kept to look at.
+void press(MsgBoxResponder &boxes, QWidget *button, int answer = vbOK, int times = 1)
+{
+    boxes.clear();
+    boxes.queue(answer, times);
+    Click(button);
+}
+
+// A click that shows exactly one box, answered OK: its text and its icon.
+void pressForBox(MsgBoxResponder &boxes, QWidget *button, const QString &prompt, int icon)
+{
+    press(boxes, button);
+    QCOMPARE(boxes.prompts(), QStringList{prompt});
+    QCOMPARE(boxes.boxes()[0].icon(), icon);
+}
+
+// The screen a button of the main menu leads to; null unless the screen came and the menu went.
+template <class Screen> Screen *fromMainMenu(QToolButton *frmMainMenu::*button)
+{
+    auto *menu = Forms::get<frmMainMenu>();
+    menu->Move(600, 450);
+    menu->show();
+    Click(menu->*button);
+    auto *s = Forms::get<Screen>();
+    return s->isVisible() && !Forms::isLoaded<frmMainMenu>() ? s : nullptr;
 }
 
 } // namespace
@@ -92,28 +128,28 @@ class TestCatalogueScreens final : public QObject
 private Q_SLOTS:
     void initTestCase();
     void cleanup();
-    void clients_data();
+    void clients_data() { engines(); }
     void clients();
-    void clientImport_data();
+    void clientImport_data() { engines(); }
     void clientImport();
-    void owners_data();
+    void owners_data() { engines(); }
     void owners();
-    void applications_data();
+    void applications_data() { engines(); }
     void applications();
-    void applicationComponents_data();
+    void applicationComponents_data() { engines(); }
     void applicationComponents();
-    void licencesTurnAVerdict_data();
+    void licencesTurnAVerdict_data() { engines(); }
     void licencesTurnAVerdict();
     void datesAsTheDatabaseReadsThem();
 
 private:
-    bool useEngine(const QString &engine);
-    frmClientControl *openClients();
-    frmFileControl *openApplications();
+    static void engines();
+    bool useEngine();
     QStringList storedClients();
 
     TempAppFolder m_app;
     CatalogueFixture m_catalogue;
+    QString m_engine;
     QStringList m_progress;
 };
 
@@ -137,8 +173,18 @@ void TestCatalogueScreens::cleanup()
     Forms::unload<frmMainMenu>();
 }
 
-bool TestCatalogueScreens::useEngine(const QString &engine)
+void TestCatalogueScreens::engines()
 {
+    QTest::addColumn<QString>("engine");
+    QTest::newRow("sqlite") << QStringLiteral("sqlite");
+    QTest::newRow("postgresql") << QStringLiteral("postgresql");
+}
+
+// A new catalogue on the row's engine; false when that engine's server is not there.
+bool TestCatalogueScreens::useEngine()
+{
+    QFETCH(QString, engine);
+    m_engine = engine;
     if (engine == QLatin1String("postgresql") && !CatalogueFixture::postgresAvailable()) {
         if (qEnvironmentVariableIsSet("CI"))
             qFatal("KEVRO_TEST_PG is not set: CI must run the PostgreSQL tests (make test starts the server)");
@@ -150,25 +196,6 @@ bool TestCatalogueScreens::useEngine(const QString &engine)
     return true;
 }
 
-frmClientControl *TestCatalogueScreens::openClients()
-{
-    auto *menu = Forms::get<frmMainMenu>();
-    menu->Move(600, 450);
-    menu->show();
-    Click(menu->cmdClients);
-    auto *s = Forms::get<frmClientControl>();
-    return s->isVisible() && !Forms::isLoaded<frmMainMenu>() ? s : nullptr;
-}
-
-frmFileControl *TestCatalogueScreens::openApplications()
-{
-    auto *menu = Forms::get<frmMainMenu>();
-    menu->show();
-    Click(menu->cmdFileControl);
-    auto *s = Forms::get<frmFileControl>();
-    return s->isVisible() && !Forms::isLoaded<frmMainMenu>() ? s : nullptr;
-}
-
 QStringList TestCatalogueScreens::storedClients()
 {
     QStringList out = m_catalogue.column(QStringLiteral("SELECT CLIENT_NAME FROM KEVRO_CLIENTS"), "CLIENT_NAME");
@@ -176,22 +203,13 @@ QStringList TestCatalogueScreens::storedClients()
     return out;
 }
 
-void TestCatalogueScreens::clients_data()
-{
-    QTest::addColumn<QString>("engine");
-    QTest::newRow("sqlite") << QStringLiteral("sqlite");
-    QTest::newRow("postgresql") << QStringLiteral("postgresql");
-}
-
 void TestCatalogueScreens::clients()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     MsgBoxResponder boxes;
-    auto *s = openClients();
+    auto *s = fromMainMenu<frmClientControl>(&frmMainMenu::cmdClients);
     QVERIFY(s);
-    QCOMPARE(s->windowTitle(), QStringLiteral("KEVRO - Client Control"));
     QCOMPARE(s->pos(), QPoint(TwipsToPixels(600), TwipsToPixels(450)));
     FlexGrid *grid = s->gridClients;
     QLineEdit *box = s->txtEdit;
@@ -201,62 +219,45 @@ void TestCatalogueScreens::clients()
     QVERIFY(!s->cmdDeleteRecord->isEnabled() && !s->cmdSaveRecords->isEnabled());
     Click(s->cmdAddRecord);
     QVERIFY(s->cmdDeleteRecord->isEnabled() && s->cmdSaveRecords->isEnabled());
-    QCOMPARE(states(grid), QStringList{"Insert"});
+    QCOMPARE(cells(grid, 2), QStringList{"Insert"});
     typeName(box, QStringLiteral("Northwind Discs"));
-    Click(s->cmdAddRecord); // the box's text goes into its row first
-    typeName(box, QStringLiteral("Contoso Média"));
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts(), QStringList{"Clients updated in KEVRO database"});
-    QCOMPARE(boxes.boxes()[0].icon(), int(vbInformation));
+    addRow(s, QStringLiteral("Contoso Média")); // the box's text goes into its row first
+    pressForBox(boxes, s->cmdSaveRecords, clientsSaved, vbInformation);
     QCOMPARE(storedClients(), (QStringList{"Contoso Média", "Northwind Discs"}));
     QCOMPARE(names(grid), (QStringList{"Contoso Média", "Northwind Discs"}));
-    QCOMPARE(states(grid), (QStringList{"Original", "Original"}));
+    QCOMPARE(cells(grid, 2), (QStringList{"Original", "Original"}));
     QVERIFY(!grid->TextMatrix(0, 0).isEmpty());
 
     // Quotes and percent signs are plain text to the catalogue. A name past the column's 255 characters
     // is a value the server's column cannot take: the save's general message; SQLite keeps it.
-    Click(s->cmdAddRecord);
-    typeName(box, QStringLiteral("\"Quoted\" 100% Discs"));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
+    addRow(s, QStringLiteral("\"Quoted\" 100% Discs"));
+    pressForBox(boxes, s->cmdSaveRecords, clientsSaved, vbInformation);
     QVERIFY(storedClients().contains(QStringLiteral("\"Quoted\" 100% Discs")));
     Click(s->cmdAddRecord);
-    s->txtEdit->setText(QString(300, QLatin1Char('L')));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
-    if (engine == QLatin1String("postgresql")) {
-        QCOMPARE(boxes.prompts(), QStringList{"Error -2147217913 occurred.  Can not save record."});
-        QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
-    } else {
-        QCOMPARE(boxes.prompts(), QStringList{"Clients updated in KEVRO database"});
-        QVERIFY(storedClients().contains(QString(300, QLatin1Char('L'))));
-    }
+    box->setText(QString(300, QLatin1Char('L')));
+    const bool server = m_engine == QLatin1String("postgresql");
+    pressForBox(boxes, s->cmdSaveRecords,
+                server ? QStringLiteral("Error -2147217913 occurred.  Can not save record.") : clientsSaved,
+                server ? vbCritical : vbInformation);
+    QCOMPARE(storedClients().contains(QString(300, QLatin1Char('L'))), !server);
     m_catalogue.execute("DELETE FROM KEVRO_CLIENTS WHERE CLIENT_NAME LIKE '%Quoted%' OR CLIENT_NAME LIKE 'LLL%'");
     s->ShowDBClients();
     QCOMPARE(names(grid), (QStringList{"Contoso Média", "Northwind Discs"}));
 
     // Another program holding the catalogue locked through the save: the general message, not the
     // apostrophe's; the row is saved once the lock is gone.
-    if (engine == QLatin1String("sqlite")) {
+    if (!server) {
         {
             QSqlDatabase holder = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("holder"));
             holder.setDatabaseName(m_app.file(QStringLiteral("kevro.db")));
             QVERIFY(holder.open() && QSqlQuery(holder).exec(QStringLiteral("BEGIN EXCLUSIVE")));
-            Click(s->cmdAddRecord);
-            typeName(box, QStringLiteral("Fabrikam"));
-            boxes.clear();
-            boxes.queue(vbOK);
-            Click(s->cmdSaveRecords);
-            QCOMPARE(boxes.prompts(), QStringList{"Error -2147217871 occurred.  Can not save record."});
-            QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
+            addRow(s, QStringLiteral("Fabrikam"));
+            pressForBox(boxes, s->cmdSaveRecords, QStringLiteral("Error -2147217871 occurred.  Can not save record."),
+                        vbCritical);
             holder.close();
         }
         QSqlDatabase::removeDatabase(QStringLiteral("holder"));
-        boxes.queue(vbOK);
-        Click(s->cmdSaveRecords);
+        pressForBox(boxes, s->cmdSaveRecords, clientsSaved, vbInformation);
         QCOMPARE(storedClients(), (QStringList{"Contoso Média", "Fabrikam", "Northwind Discs"}));
         m_catalogue.execute("DELETE FROM KEVRO_CLIENTS WHERE CLIENT_NAME = 'Fabrikam'");
         s->ShowDBClients();
@@ -267,48 +268,36 @@ void TestCatalogueScreens::clients()
     // write them a second time.
     doubleClickCell(grid, 0, 1);
     QCOMPARE(box->text(), QStringLiteral("Contoso Média"));
-    QCOMPARE(states(grid)[0], QStringLiteral("Update"));
+    QCOMPARE(cells(grid, 2)[0], QStringLiteral("Update"));
     typeName(box, QStringLiteral("O'Brien Media"));
-    Click(s->cmdAddRecord);
-    typeName(box, QStringLiteral("Adatum"));
-    Click(s->cmdAddRecord);
-    typeName(box, QStringLiteral("O'Neil Pressing"));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts(), QStringList{"Can not use ' character in filenames or descriptions."});
-    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+    addRow(s, QStringLiteral("Adatum"));
+    addRow(s, QStringLiteral("O'Neil Pressing"));
+    pressForBox(boxes, s->cmdSaveRecords, QStringLiteral("Can not use ' character in filenames or descriptions."),
+                vbExclamation);
     QCOMPARE(storedClients(), (QStringList{"Adatum", "Northwind Discs", "OBrien Media"}));
     QCOMPARE(names(grid), (QStringList{"O'Brien Media", "Northwind Discs", "Adatum", "O'Neil Pressing"}));
     doubleClickCell(grid, 3, 1);
     typeName(box, QStringLiteral("ONeil Pressing"));
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts().last(), QStringLiteral("Clients updated in KEVRO database"));
+    pressForBox(boxes, s->cmdSaveRecords, clientsSaved, vbInformation);
     QCOMPARE(storedClients(), (QStringList{"Adatum", "Northwind Discs", "OBrien Media", "ONeil Pressing"}));
 
     // An empty new name: the database's rule, and the message. The row, never saved, is deleted
     // without a statement; No keeps it.
-    Click(s->cmdAddRecord);
-    typeName(box, QString());
-    boxes.clear();
-    boxes.queue(vbOK);
+    addRow(s, QString());
+    pressForBox(boxes, s->cmdSaveRecords, QStringLiteral("All fields must be completed before saving."),
+                vbExclamation);
     boxes.queue(vbNo);
     boxes.queue(vbYes);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts(), QStringList{"All fields must be completed before saving."});
     Click(s->cmdDeleteRecord);
     QCOMPARE(grid->Rows(), 5);
     Click(s->cmdDeleteRecord);
-    QCOMPARE(boxes.prompts().mid(1), QStringList(2, "Are you sure you want to delete this record?"));
-    QCOMPARE(boxes.boxes()[1].style, vbYesNo | vbExclamation);
+    QCOMPARE(boxes.prompts().mid(1), QStringList(2, sureToDelete));
     QCOMPARE(grid->Rows(), 4);
     QCOMPARE(storedClients(), (QStringList{"Adatum", "Northwind Discs", "OBrien Media", "ONeil Pressing"}));
 
     // Deleting a saved client goes to the database at once; deleting the last row empties the grid
     // and disables delete and save.
     s->ShowDBClients();
-    boxes.clear();
     boxes.queue(vbYes, 4);
     ClickRow(grid, 1, 1);
     Click(s->cmdDeleteRecord);
@@ -325,21 +314,16 @@ void TestCatalogueScreens::clients()
     m_progress.clear();
     SetProgressSink(
         {[this](int percent, const QString &text) { m_progress << QString::number(percent) + ' ' + text; }, [] {}});
-    for (int i = 1; i <= 25; ++i) {
-        Click(s->cmdAddRecord);
-        typeName(box, QStringLiteral("Client %1").arg(i, 2, 10, QLatin1Char('0')));
-    }
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
+    for (int i = 1; i <= 25; ++i)
+        addRow(s, QStringLiteral("Client %1").arg(i, 2, 10, QLatin1Char('0')));
+    press(boxes, s->cmdSaveRecords);
     InstallScreenServices();
     QCOMPARE(m_progress, (QStringList{"40 Saving Client Information...", "80 Saving Client Information..."}));
     QCOMPARE(storedClients().size(), 25);
     QCOMPARE(grid->Rows(), 25);
 
     // Back: the main menu at this screen's place; rows not saved are dropped without a question.
-    Click(s->cmdAddRecord);
-    typeName(box, QStringLiteral("Never Saved"));
+    addRow(s, QStringLiteral("Never Saved"));
     s->Move(9600, 7200);
     const QPoint place = s->pos();
     Click(s->cmdPrevious);
@@ -349,25 +333,15 @@ void TestCatalogueScreens::clients()
     QCOMPARE(menu->pos(), place);
     QCOMPARE(storedClients().size(), 25);
     QCOMPARE(menu->cmbClientName->count(), 25);
-
-    // The menu entry leads here too.
-    QVERIFY(ClickMenu(menu, "mnuDatabaseClients"));
-    QVERIFY(Forms::isLoaded<frmClientControl>() && Forms::get<frmClientControl>()->isVisible());
-}
-
-void TestCatalogueScreens::clientImport_data()
-{
-    clients_data();
 }
 
 void TestCatalogueScreens::clientImport()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     m_catalogue.addClient(QStringLiteral("Old Client"));
     MsgBoxResponder boxes;
-    auto *s = openClients();
+    auto *s = fromMainMenu<frmClientControl>(&frmMainMenu::cmdClients);
     QVERIFY(s);
     QCOMPARE(names(s->gridClients), QStringList{"Old Client"});
 
@@ -386,34 +360,24 @@ void TestCatalogueScreens::clientImport()
     QCOMPARE(s->txtFilePath->text(), list);
 
     // Neither road is chosen for the operator: without a choice nothing is imported.
-    boxes.queue(vbOK);
-    Click(s->cmdImport);
-    QCOMPARE(boxes.prompts(), QStringList{"Choose Replace or Append before importing.  Nothing was imported."});
-    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
+    pressForBox(boxes, s->cmdImport, QStringLiteral("Choose Replace or Append before importing.  Nothing was imported."),
+                vbExclamation);
     QCOMPARE(storedClients(), QStringList{"Old Client"});
 
     // Replace: every client goes before the first line; CR LF and LF lines, a line in the Windows
-    // code page.
+    // code page. Append; then a file that is not there.
+    const QString imported = QStringLiteral("Import completed sucessfully.");
     Click(s->optReplace);
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdImport);
-    QCOMPARE(boxes.prompts(), QStringList{"Import completed sucessfully."});
+    pressForBox(boxes, s->cmdImport, imported, vbInformation);
     QCOMPARE(storedClients(), (QStringList{"Alpha Records", "Beta Pressing", "Café Discs", "Delta"}));
     QCOMPARE(names(s->gridClients), storedClients());
-
-    // Append; then a file that is not there.
     Click(s->optAppend);
     s->txtFilePath->setText(WriteTestFile(m_app.path() + QStringLiteral("/more.txt"), "Echo Media\n"));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(s->cmdImport);
+    pressForBox(boxes, s->cmdImport, imported, vbInformation);
     QCOMPARE(storedClients().size(), 5);
-    boxes.queue(vbOK, 2);
     for (const QString &notAFile : {m_app.path() + QStringLiteral("/gone.txt"), m_app.path()}) {
         s->txtFilePath->setText(notAFile);
-        Click(s->cmdImport);
-        QCOMPARE(boxes.prompts().last(), QStringLiteral("File does not exist!"));
+        pressForBox(boxes, s->cmdImport, QStringLiteral("File does not exist!"), vbExclamation);
     }
     QCOMPARE(storedClients().size(), 5);
 
@@ -426,113 +390,78 @@ void TestCatalogueScreens::clientImport()
                                                     {"Hotel\n\nIndia\n", "Hotel"}};
     for (const auto &[bad, kept] : refused) {
         s->txtFilePath->setText(WriteTestFile(m_app.path() + QStringLiteral("/bad.txt"), bad));
-        boxes.clear();
-        boxes.queue(vbOK);
-        Click(s->cmdImport);
+        press(boxes, s->cmdImport);
         QVERIFY(boxes.prompts().value(0).startsWith(QStringLiteral("Run-time error '")));
         QCOMPARE(storedClients(), QStringList{kept});
     }
     QCOMPARE(ended, (QList<int>{1, 1}));
 }
 
-void TestCatalogueScreens::owners_data()
-{
-    clients_data();
-}
-
 void TestCatalogueScreens::owners()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     MsgBoxResponder boxes;
-    auto *list = openApplications();
+    auto *list = fromMainMenu<frmFileControl>(&frmMainMenu::cmdFileControl);
     QVERIFY(list);
     Click(list->cmdOwners);
     auto *s = Forms::get<frmOwnerEntry>();
     QVERIFY(s->isVisible() && list->isHidden());
-    QCOMPARE(s->windowTitle(), QStringLiteral("KEVRO - Owner Entry"));
     FlexGrid *grid = s->gridOwners;
     QCOMPARE(grid->Rows(), 0);
     QVERIFY(!s->cmdDeleteRecord->isEnabled() && !s->cmdSaveRecords->isEnabled());
-
-    // Both statements drop the apostrophe; an added row deleted before the save touches nothing.
-    Click(s->cmdAddRecord);
-    QVERIFY(s->cmdDeleteRecord->isEnabled() && s->cmdSaveRecords->isEnabled());
-    typeName(s->txtEdit, QStringLiteral("O'Reilly Software"));
-    Click(s->cmdAddRecord);
-    typeName(s->txtEdit, QStringLiteral("Throwaway"));
-    boxes.queue(vbYes);
-    Click(s->cmdDeleteRecord);
-    Click(s->cmdAddRecord);
-    typeName(s->txtEdit, QStringLiteral("Adobe"));
-    boxes.queue(vbOK);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts().last(), QStringLiteral("Owners updated in KEVRO database"));
-    QCOMPARE(names(grid), (QStringList{"Adobe", "OReilly Software"}));
-
-    // A row left blank: the message, and the rows before it have been written; once it is filled in,
-    // the next save writes none of them a second time.
-    ClickRow(grid, 0, 1);
-    QTest::keyClick(grid, 'A'); // a key on the grid opens the box with that key
-    QCOMPARE(s->txtEdit->text(), QStringLiteral("A"));
-    QTest::keyClicks(s->txtEdit, "dobe Systems");
-    QCOMPARE(states(grid)[0], QStringLiteral("Update"));
-    // A click on another row puts the text into the row it was typed for, before the move.
-    ClickRow(grid, 1, 1);
-    QCOMPARE(names(grid), (QStringList{"Adobe Systems", "OReilly Software"}));
-    QVERIFY(s->txtEdit->isHidden());
-    Click(s->cmdAddRecord);
-    typeName(s->txtEdit, QStringLiteral("Corel"));
-    Click(s->cmdAddRecord);
-    boxes.clear();
-    boxes.queue(vbOK, 2);
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts(), QStringList{"All fields must be completed before saving."});
+    const QString saved = QStringLiteral("Owners updated in KEVRO database");
     const auto stored = [this] {
         QStringList names = m_catalogue.column("SELECT OWNER_NAME FROM KEVRO_OWNERS", "OWNER_NAME");
         names.sort();
         return names;
     };
-    QCOMPARE(stored(), (QStringList{"Adobe Systems", "Corel", "OReilly Software"}));
-    ClickRow(grid, 3, 1);
-    QTest::keyClick(grid, 'D');
-    QTest::keyClicks(s->txtEdit, "ell");
-    Click(s->cmdSaveRecords);
-    QCOMPARE(boxes.prompts().last(), QStringLiteral("Owners updated in KEVRO database"));
-    QCOMPARE(stored(), (QStringList{"Adobe Systems", "Corel", "Dell", "OReilly Software"}));
 
-    // A delete goes at once; the last row leaves an empty grid with delete and save disabled.
-    boxes.clear();
-    boxes.queue(vbYes, 4);
-    for (int i = 0; i < 4; ++i) {
+    // Both statements drop the apostrophe; an added row deleted before the save touches nothing.
+    addRow(s, QStringLiteral("O'Reilly Software"));
+    addRow(s, QStringLiteral("Throwaway"));
+    boxes.queue(vbYes);
+    Click(s->cmdDeleteRecord);
+    addRow(s, QStringLiteral("Adobe"));
+    pressForBox(boxes, s->cmdSaveRecords, saved, vbInformation);
+    QCOMPARE(names(grid), (QStringList{"Adobe", "OReilly Software"}));
+
+    // A key on the grid opens the box with that key; a click on another row puts the text into the row
+    // it was typed for, before the move. (A row left blank goes as the clients' screen shows.)
+    ClickRow(grid, 0, 1);
+    QTest::keyClick(grid, 'A');
+    QCOMPARE(s->txtEdit->text(), QStringLiteral("A"));
+    QTest::keyClicks(s->txtEdit, "dobe Systems");
+    QCOMPARE(cells(grid, 2)[0], QStringLiteral("Update"));
+    ClickRow(grid, 1, 1);
+    QCOMPARE(names(grid), (QStringList{"Adobe Systems", "OReilly Software"}));
+    QVERIFY(s->txtEdit->isHidden());
+    addRow(s, QStringLiteral("Corel"));
+    pressForBox(boxes, s->cmdSaveRecords, saved, vbInformation);
+    QCOMPARE(stored(), (QStringList{"Adobe Systems", "Corel", "OReilly Software"}));
+
+    // The screen's own delete statement goes at once; the last row leaves delete and save disabled.
+    boxes.queue(vbYes, 3);
+    for (int i = 0; i < 3; ++i) {
         ClickRow(grid, 0, 1);
         Click(s->cmdDeleteRecord);
     }
     QCOMPARE(stored(), QStringList());
     QVERIFY(!s->cmdDeleteRecord->isEnabled() && !s->cmdSaveRecords->isEnabled());
 
-    // Back to the applications.
     Click(s->cmdBack);
     QVERIFY(!Forms::isLoaded<frmOwnerEntry>() && list->isVisible());
 }
 
-void TestCatalogueScreens::applications_data()
-{
-    clients_data();
-}
-
 void TestCatalogueScreens::applications()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Adobe')");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Macromedia')");
     MsgBoxResponder boxes;
-    auto *list = openApplications();
+    auto *list = fromMainMenu<frmFileControl>(&frmMainMenu::cmdFileControl);
     QVERIFY(list);
-    QCOMPARE(list->windowTitle(), QStringLiteral("KEVRO - Application Control"));
     QCOMPARE(list->gridFiles->Rows(), 0);
     QVERIFY(!list->cmdEditRecord->isEnabled() && !list->cmdDeleteRecord->isEnabled());
 
@@ -543,7 +472,6 @@ void TestCatalogueScreens::applications()
     QCOMPARE(entry->lblResultComment->text(), QStringLiteral("Add Application"));
     FlexGrid *grid = entry->gridAppComponents;
     QCOMPARE(grid->Rows(), 2);
-    QCOMPARE(grid->TextMatrix(0, 1), QStringLiteral("File Name"));
     QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Insert"));
     QCOMPARE(entry->drpOwnerName->count(), 2);
     boxes.queue(vbOK, 3);
@@ -572,10 +500,7 @@ void TestCatalogueScreens::applications()
     editCell(2, 2, QStringLiteral("Flash's helper"));
     Click(entry->chkPerProductLicense);
     QVERIFY(entry->chkRequiresLicense->isChecked() && !entry->chkRequiresLicense->isEnabled());
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(entry->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"Record added to KEVRO database"});
+    pressForBox(boxes, entry->cmdSave, QStringLiteral("Record added to KEVRO database"), vbInformation);
     QVERIFY(!Forms::isLoaded<frmFileEntry>() && list->isVisible());
     QCOMPARE(names(list->gridFiles), QStringList{"OBrien Flash Player"});
     QCOMPARE(
@@ -600,9 +525,7 @@ void TestCatalogueScreens::applications()
     grid = entry->gridAppComponents;
     QCOMPARE(grid->Rows(), 3);
     entry->txtAppName->setText(QStringLiteral("Renamed"));
-    boxes.clear();
-    boxes.queue(vbYes);
-    Click(entry->cmdDelete);
+    press(boxes, entry->cmdDelete, vbYes);
     QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this component?"});
     QCOMPARE(grid->Rows(), 2);
     Click(entry->cmdBack);
@@ -613,14 +536,11 @@ void TestCatalogueScreens::applications()
     // Its owner deleted meanwhile: the application opens with no owner, and must be given one.
     m_catalogue.execute("DELETE FROM KEVRO_OWNERS WHERE OWNER_NAME = 'Macromedia'");
     list->gridFiles->setRow(0);
-    QTest::mouseDClick(list->gridFiles->viewport(), Qt::LeftButton, Qt::NoModifier,
-                       list->gridFiles->visualRect(list->gridFiles->model()->index(0, 1)).center());
+    QTest::mouseDClick(list->gridFiles->viewport(), Qt::LeftButton, Qt::NoModifier, CellCentre(list->gridFiles, 0, 1));
     entry = Forms::get<frmFileEntry>();
     QVERIFY(entry->isVisible());
     QCOMPARE(entry->drpOwnerName->currentText(), QString());
-    boxes.clear();
-    boxes.queue(vbOK, 2);
-    Click(entry->cmdSave);
+    press(boxes, entry->cmdSave, vbOK, 2);
     QVERIFY(boxes.prompts().value(0).startsWith(QStringLiteral("You must select an application owner.")));
     entry->drpOwnerName->setCurrentIndex(entry->drpOwnerName->findText("Adobe"));
     Click(entry->cmdSave);
@@ -628,12 +548,10 @@ void TestCatalogueScreens::applications()
     QCOMPARE(m_catalogue.column("SELECT APP_DATE_EDITED FROM KEVRO_APPS", "APP_DATE_EDITED").value(0), stamp);
 
     // Delete from the list: the application goes, its components stay.
-    boxes.clear();
-    boxes.queue(vbYes);
     QVERIFY(!list->cmdDeleteRecord->isEnabled()); // back from the entry screen: until the grid is clicked
     ClickRow(list->gridFiles, 0, 1);
-    Click(list->cmdDeleteRecord);
-    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this record?"});
+    press(boxes, list->cmdDeleteRecord, vbYes);
+    QCOMPARE(boxes.prompts(), QStringList{sureToDelete});
     QCOMPARE(list->gridFiles->Rows(), 0);
     QCOMPARE(m_catalogue.column("SELECT EXE_NAME FROM KEVRO_APP_COMPONENTS", "EXE_NAME").size(), 1);
 
@@ -653,14 +571,8 @@ void TestCatalogueScreens::applications()
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("www.kept.example"));
     Click(entry->cmdBack);
 
-    // Back to the main menu.
     Click(list->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmFileControl>() && Forms::get<frmMainMenu>()->isVisible());
-}
-
-void TestCatalogueScreens::applicationComponents_data()
-{
-    clients_data();
 }
 
 // The component grid of an application as the operator edits it: deletes act on a component and never
@@ -669,9 +581,8 @@ void TestCatalogueScreens::applicationComponents_data()
 // caption of the screen reads whole.
 void TestCatalogueScreens::applicationComponents()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
     const QString secondAcme =
@@ -685,13 +596,23 @@ void TestCatalogueScreens::applicationComponents()
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     MsgBoxResponder boxes;
-    auto *list = openApplications();
+    auto *list = fromMainMenu<frmFileControl>(&frmMainMenu::cmdFileControl);
     QVERIFY(list);
     ClickRow(list->gridFiles, 0, 1);
     Click(list->cmdEditRecord);
     auto *entry = Forms::get<frmFileEntry>();
     QVERIFY(entry->isVisible());
     FlexGrid *grid = entry->gridAppComponents;
+    // Name and description of each component, typed into rows 1, 2, ... of the grid.
+    const auto typeComponents = [&](const QStringList &texts, bool addRows) {
+        for (int i = 0; i < texts.size(); ++i) {
+            if (addRows && i % 2 == 0)
+                Click(entry->cmdAddAppCompRecord);
+            doubleClickCell(grid, 1 + i / 2, 1 + i % 2);
+            typeName(entry->txtEdit, texts[i]);
+            QTest::keyClick(entry->txtEdit, Qt::Key_Return);
+        }
+    };
 
     // Every caption reads whole, within its frame, in the desktop's own font.
     for (auto *caption : entry->findChildren<QWidget *>()) {
@@ -716,20 +637,10 @@ void TestCatalogueScreens::applicationComponents()
 
     // Components typed now are saved with the application, which keeps its owner; Delete after an
     // edit in place takes the row edited.
-    const QStringList typed{"VIEWER.EXE", "Viewer", "SPARE.EXE", "Spare"};
-    for (int i = 0; i < typed.size(); ++i) {
-        if (i % 2 == 0)
-            Click(entry->cmdAddAppCompRecord);
-        doubleClickCell(grid, 1 + i / 2, 1 + i % 2);
-        typeName(entry->txtEdit, typed[i]);
-        QTest::keyClick(entry->txtEdit, Qt::Key_Return);
-    }
+    typeComponents({"VIEWER.EXE", "Viewer", "SPARE.EXE", "Spare"}, true);
     Click(entry->cmdDelete);
     QCOMPARE(names(grid), (QStringList{"File Name", "VIEWER.EXE"}));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(entry->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    pressForBox(boxes, entry->cmdSave, QStringLiteral("Record updated in KEVRO database"), vbInformation);
     QCOMPARE(components(), QStringList{"VIEWER.EXE"});
     QCOMPARE(m_catalogue.column("SELECT APP_OWNER FROM KEVRO_APPS", "APP_OWNER"), QStringList{secondAcme});
     QCOMPARE(ended, QList<int>());
@@ -744,15 +655,8 @@ void TestCatalogueScreens::applicationComponents()
     entry->txtAppName->setText(QStringLiteral("Player"));
     entry->drpOwnerName->setCurrentIndex(0);
     Click(entry->cmdAddAppCompRecord);
-    const QStringList cells{"PLAYER.EXE", "Player", "BAD.EXE", "Codec"};
-    for (int i = 0; i < cells.size(); ++i) {
-        doubleClickCell(grid, 1 + i / 2, 1 + i % 2);
-        typeName(entry->txtEdit, cells[i]);
-        QTest::keyClick(entry->txtEdit, Qt::Key_Return);
-    }
-    boxes.clear();
-    boxes.queue(vbOK, 2);
-    Click(entry->cmdSave);
+    typeComponents({"PLAYER.EXE", "Player", "BAD.EXE", "Codec"}, false);
+    press(boxes, entry->cmdSave, vbOK, 2);
     QCOMPARE(boxes.prompts(), QStringList{"Error -2147467259 occurred.  Can not save record."});
     QVERIFY(entry->isVisible());
     doubleClickCell(grid, 2, 1);
@@ -764,18 +668,12 @@ void TestCatalogueScreens::applicationComponents()
     QCOMPARE(components(), (QStringList{"CODEC.DLL", "PLAYER.EXE", "VIEWER.EXE"}));
 }
 
-void TestCatalogueScreens::licencesTurnAVerdict_data()
-{
-    clients_data();
-}
-
 // An unknown program added to the catalogue from the application viewer, a licence for it added on the
 // licence screens, and the next judgement of the same disc finds it licensed.
 void TestCatalogueScreens::licencesTurnAVerdict()
 {
-    QFETCH(QString, engine);
-    if (!useEngine(engine))
-        QSKIP("no PostgreSQL server: run through `make test`, which starts one");
+    if (!useEngine())
+        QSKIP(noServer);
     m_catalogue.execute("INSERT INTO KEVRO_OWNERS (OWNER_NAME) VALUES ('Acme')");
     const long client = m_catalogue.addClient(QStringLiteral("Northwind Discs"));
     gClientCode = QString::number(client);
@@ -784,6 +682,8 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     disc.add(QStringLiteral("SETUP/CHAT.EXE"));
     gMediaFiles = disc.files();
     MsgBoxResponder boxes;
+    const QString added = QStringLiteral("Record added to KEVRO database");
+    const QString updated = QStringLiteral("Record updated in KEVRO database");
 
     // From the viewer's unknown programs to the entry screen and back; the viewer is not judged again.
     auto *viewer = Forms::get<frmScanResultsEXEs>();
@@ -799,9 +699,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     FlexGrid *components = entry->gridAppComponents;
     components->setTextMatrix(1, 1, QStringLiteral("CHAT.EXE"));
     components->setTextMatrix(1, 2, QStringLiteral("Chat client"));
-    boxes.queue(vbOK);
-    Click(entry->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"Record added to KEVRO database"});
+    pressForBox(boxes, entry->cmdSave, added, vbInformation);
     QVERIFY(!Forms::isLoaded<frmFileEntry>() && viewer->isVisible());
     QCOMPARE(viewer->gridUnknownEXEs->Rows(), 2);
     QCOMPARE(EvaluateExecutables(gMediaFiles, gClientCode).unlicensed.size(), 1);
@@ -826,9 +724,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     // Only a listed application can be chosen: the name of one that needs no licence, typed, is none.
     m_catalogue.addApp(QStringLiteral("Freeware"), {}, false);
     QTest::keyClicks(lic->drpLicenseFile, "Freeware");
-    boxes.clear();
-    boxes.queue(vbOK, 3);
-    Click(lic->cmdSave);
+    press(boxes, lic->cmdSave, vbOK, 3);
     lic->drpLicenseFile->setCurrentIndex(0);
     Click(lic->cmdSave);
     QCOMPARE(boxes.prompts(),
@@ -836,7 +732,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     Click(lic->chkPerminantLicense);
     QVERIFY(!lic->txtStartDate->isEnabled() && !lic->txtEndDate->isEnabled());
     Click(lic->cmdSave);
-    QCOMPARE(boxes.prompts().last(), QStringLiteral("Record added to KEVRO database"));
+    QCOMPARE(boxes.prompts().last(), added);
     QVERIFY(lic->cmdSave->isEnabled());
     QCOMPARE(m_catalogue.column("SELECT LICENSE_VALID_FROM FROM KEVRO_LICENSES", "LICENSE_VALID_FROM"),
              QStringList{QString()});
@@ -853,32 +749,25 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     list->mnuLicenseGridContextAdd->trigger();
     lic = Forms::get<frmLicenseEntry>();
     QCOMPARE(lic->drpLicenseFile->currentText(), QStringLiteral("CHAT.EXE"));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(lic->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    pressForBox(boxes, lic->cmdSave, updated, vbInformation);
     Click(lic->cmdBack);
 
-    // Edited into a licence with a period: texts that are no date keep the focus until mended.
+    // Edited into a licence with a period: texts that are no date keep the focus until mended. Dates
+    // typed as the station writes its short dates, with its separator where that is one a date takes.
     const QString order = LocaleDateOrder();
-    // Typed as the station writes its short dates, with its separator where that is one a date takes.
     const QString shortDate = QLocale::system().dateFormat(QLocale::ShortFormat);
-    const auto separator = [&](const char *fallback) {
-        for (const char *c : {"/", ".", "-"})
-            if (shortDate.contains(QLatin1String(c)))
-                return QString::fromLatin1(c);
-        return QString::fromLatin1(fallback);
-    };
+    QString separator = order == QLatin1String("YMD") ? QStringLiteral("-") : QStringLiteral("/");
+    for (const QString &c : {QStringLiteral("-"), QStringLiteral("."), QStringLiteral("/")})
+        if (shortDate.contains(c))
+            separator = c;
     const auto date = [&](int d, int m, int y) {
-        const QString day = QString::number(d), month = QString::number(m), year = QString::number(y);
-        return order == "DMY"   ? QStringList{day, month, year}.join(separator("/"))
-               : order == "MDY" ? QStringList{month, day, year}.join(separator("/"))
-                                : QStringList{year, month, day}.join(separator("-"));
+        const auto [a, b, c] = order == QLatin1String("DMY")   ? std::array{d, m, y}
+                               : order == QLatin1String("MDY") ? std::array{m, d, y}
+                                                               : std::array{y, m, d};
+        return QString::number(a) + separator + QString::number(b) + separator + QString::number(c);
     };
     const QString otherOrder = order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026");
-    ClickRow(list->gridLicenses, 0, 1);
-    QTest::mouseDClick(list->gridLicenses->viewport(), Qt::LeftButton, Qt::NoModifier,
-                       list->gridLicenses->visualRect(list->gridLicenses->model()->index(0, 1)).center());
+    doubleClickCell(list->gridLicenses, 0, 1);
     lic = Forms::get<frmLicenseEntry>();
     QVERIFY(lic->isVisible());
     QCOMPARE(lic->lblResultComment->text(), QStringLiteral("Edit License for Northwind Discs"));
@@ -899,10 +788,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     lic->txtStartDate->setText(date(15, 10, 2026));
     lic->txtEndDate->setFocus();
     lic->txtEndDate->setText(date(31, 12, 2026));
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(lic->cmdSave);
-    QCOMPARE(boxes.prompts(), QStringList{"Record updated in KEVRO database"});
+    pressForBox(boxes, lic->cmdSave, updated, vbInformation);
     QCOMPARE(m_catalogue.column("SELECT LICENSE_PERMINANT FROM KEVRO_LICENSES", "LICENSE_PERMINANT").size(), 1);
     Click(lic->cmdBack);
     // Opened again, the dates read as they were typed, whether the engine kept the text or a date.
@@ -915,18 +801,14 @@ void TestCatalogueScreens::licencesTurnAVerdict()
 
     // Deleted, after the question: the grid empties and edit is no longer possible.
     ClickRow(list->gridLicenses, 0, 1);
-    boxes.clear();
-    boxes.queue(vbYes);
-    Click(list->cmdDeleteRecord);
-    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to delete this record?"});
+    press(boxes, list->cmdDeleteRecord, vbYes);
+    QCOMPARE(boxes.prompts(), QStringList{sureToDelete});
     QCOMPARE(list->gridLicenses->Rows(), 0);
     QVERIFY(!list->cmdEditRecord->isEnabled());
 
     // With no application that takes a licence per client, adding is refused and the screen stays.
     m_catalogue.execute("UPDATE KEVRO_APPS SET APP_LICENSE_PER_MEDIA = TRUE");
-    boxes.clear();
-    boxes.queue(vbOK);
-    Click(list->cmdAddRecord);
+    press(boxes, list->cmdAddRecord);
     QCOMPARE(boxes.prompts(), QStringList{"There are no applications in the KEVRO database!"});
     QVERIFY(list->isVisible());
 
@@ -937,9 +819,7 @@ void TestCatalogueScreens::licencesTurnAVerdict()
     lic = Forms::get<frmLicenseEntry>();
     lic->drpLicenseFile->setCurrentIndex(0);
     lic->chkPerminantLicense->setChecked(true);
-    boxes.clear();
-    boxes.queue(vbOK, 3);
-    Click(lic->cmdSave);
+    press(boxes, lic->cmdSave, vbOK, 3);
     Click(lic->cmdBack);
     QCOMPARE(list->gridLicenses->Rows(), 1);
     m_catalogue.execute("DELETE FROM KEVRO_LICENSES");
@@ -981,11 +861,12 @@ void TestCatalogueScreens::datesAsTheDatabaseReadsThem()
     }
     QVERIFY(IsValidDate(QStringLiteral("2026-12-31"))); // year first is read in every order
     QVERIFY(IsValidDate(QStringLiteral(" 2026-01-05 ")));
-    for (const char *no : {"tomorrow", "", "2026", "1/2", "1/2/3/4", "1/2-2026", "31/12/2026 12:00", "12/31/2026x",
-                           "2026-13-01", "1/1/202"})
-        QVERIFY2(!IsValidDate(QString::fromLatin1(no)), no);
-    // The other day/month order is no date where it cannot be one.
-    QVERIFY(!IsValidDate(order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026")));
+    // Texts that are no date, and the other day/month order where it cannot be one.
+    for (const QString &no : {QStringLiteral("tomorrow"), QString(), QStringLiteral("2026"), QStringLiteral("1/2"),
+                              QStringLiteral("1/2/3/4"), QStringLiteral("1/2-2026"), QStringLiteral("31/12/2026 12:00"),
+                              QStringLiteral("12/31/2026x"), QStringLiteral("2026-13-01"), QStringLiteral("1/1/202"),
+                              order == "MDY" ? QStringLiteral("31/12/2026") : QStringLiteral("12/31/2026")})
+        QVERIFY2(!IsValidDate(no), qPrintable(no));
 }
 
 QTEST_MAIN(TestCatalogueScreens)
