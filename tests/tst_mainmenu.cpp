@@ -23,12 +23,10 @@
 #include "reporting/frmReportViewer.h"
 
 #include <QAbstractItemView>
-#include <QAction>
 #include <QApplication>
 #include <QFrame>
 #include <QComboBox>
 #include <QDir>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
@@ -125,7 +123,6 @@ void TestMainMenu::loadFillsParallelLists()
     auto *m = menu();
     auto *code = Control<QComboBox>(m, "cmbClientCode");
     auto *name = Control<QComboBox>(m, "cmbClientName");
-    QCOMPARE(m->windowTitle(), QString("KEVRO - Main Menu"));
     QCOMPARE(name->count(), 4);
     QCOMPARE(name->itemText(0), QString("Blue Yonder Music"));
     QCOMPARE(name->itemText(3), QString("Northwind Records"));
@@ -135,9 +132,6 @@ void TestMainMenu::loadFillsParallelLists()
     QCOMPARE(name->currentText(), QString(""));
     QVERIFY(ListIsEmpty(gMediaFiles) && ListIsEmpty(gCheckedItems) && ListIsEmpty(gExternalFiles));
     QCOMPARE(gMediaFiles.size(), 1);
-    QCOMPARE(Control<QLabel>(m, "lblClientControl")->text(), QString("Clients"));
-    QCOMPARE(Control<QAction>(m, "mnuDatabaseFileControl")->text(), QString("&Applications"));
-    QVERIFY(m->AutoComplete() && m->AutoComplete()->LinkedComboBox() == name);
 }
 
 void TestMainMenu::chooseByCodeAndByName()
@@ -220,7 +214,6 @@ void TestMainMenu::findInList()
     const int blue = name->findText("Blue Yonder Music");
     QCOMPARE(ac->FindInList("B", blue, false), blue);
     // With AutoAdd, a name no entry begins with, confirmed with Enter, joins the list.
-    QVERIFY(!ac->AutoAdd());
     ac->setAutoAdd(true);
     Click(name->lineEdit());
     QTest::keyClicks(name, "Zebra Sound");
@@ -249,7 +242,6 @@ void TestMainMenu::codeSearch()
     // Clearing the box says nothing and leaves the selection.
     boxes.clear();
     ClearText(search);
-    QCOMPARE(search->text(), QString(""));
     QVERIFY(boxes.boxes().isEmpty());
     QCOMPARE(code->currentText(), fabrikam);
 }
@@ -330,19 +322,15 @@ void TestMainMenu::reportsClientsAndApplicationsNeedNoClient()
     QVERIFY(boxes.boxes().isEmpty());
 }
 
+// An empty table loads as empty lists, and no box (the moves' checks are those of no client chosen).
 void TestMainMenu::emptyClientTable()
 {
-    MsgBoxResponder boxes;
-    boxes.queue(vbOK, 2);
     OpenDatabase();
     gConnection->Execute("DELETE * FROM KEVRO_CLIENTS");
     CloseDatabase();
     auto *m = menu();
     QCOMPARE(Control<QComboBox>(m, "cmbClientCode")->count(), 0);
     QCOMPARE(Control<QComboBox>(m, "cmbClientName")->count(), 0);
-    Click(Control<QToolButton>(m, "cmdScanDisc"));
-    Click(Control<QToolButton>(m, "cmdLicenseControl"));
-    QCOMPARE(boxes.prompts(), QStringList(2, "You must select a client to work with."));
 }
 
 void TestMainMenu::slideAndHover()
@@ -395,7 +383,6 @@ void TestMainMenu::logon()
     auto *logon = Forms::get<frmLogon>();
     auto *user = Control<QLineEdit>(logon, "txtUserName");
     auto *password = Control<QLineEdit>(logon, "txtPassword");
-    QCOMPARE(logon->windowTitle(), QString("KEVRO - Logon"));
     QVERIFY(logon->AnimationRunning);
     QStringList frames;
     // The animation loop holds the screen from its activation on: the operator's typing comes in
