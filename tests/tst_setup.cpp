@@ -209,7 +209,6 @@ void TestSetup::firstStartSettingsPointAtTheDemoDisc()
     QVERIFY2(m_firstOutput.contains("Laid out the demo disc in " + disc()), qPrintable(m_firstOutput));
     QVERIFY2(m_firstOutput.contains("Loaded the demo catalogue."), qPrintable(m_firstOutput));
     // The settings a first start reads: the demo disc by its whole path, HTML reports of everything.
-    QVERIFY(QDir::isAbsolutePath(ReadDefaultDevice()));
     QCOMPARE(ReadDefaultDevice(), disc());
     QCOMPARE(DeviceFromIniValue(ReadDefaultDevice()), disc());
     QCOMPARE(ReadIniKey("Reports", "DefaultReportType "), QString("HTML"));
@@ -230,35 +229,26 @@ void TestSetup::firstStartSettingsPointAtTheDemoDisc()
 
 void TestSetup::discHoldsEveryKindAsRealFiles()
 {
-    const QStringList files = filesBelow(disc());
-    QStringList video, audio, image, text, programs, other;
-    for (const QString &f : files) {
+    // Each file's kind, by its upper-cased path: 0 video, 1 audio, 2 image, 3 text, 4 programs and
+    // archives, 5 the rest.
+    QList<QStringList> kinds(6);
+    for (const QString &f : filesBelow(disc())) {
         const QString u = f.toUpper();
-        if (IsVideoFile(u))
-            video.append(u);
-        else if (IsAudioFile(u))
-            audio.append(u);
-        else if (IsImageFile(u))
-            image.append(u);
-        else if (IsTextFile(u))
-            text.append(u);
-        else if (u.endsWith(".EXE") || u.endsWith(".ZIP"))
-            programs.append(u);
-        else
-            other.append(u);
+        kinds[IsVideoFile(u) ? 0 : IsAudioFile(u) ? 1 : IsImageFile(u) ? 2 : IsTextFile(u) ? 3
+              : u.endsWith(".EXE") || u.endsWith(".ZIP") ? 4 : 5].append(u);
     }
-    for (QStringList *kind : {&video, &audio, &image, &text, &programs, &other})
-        kind->sort();
-    QCOMPARE(video, (QStringList{"MEDIA/CLIP.MOV", "MEDIA/INTRO.MPG", "MEDIA/TRAILER.AVI", "MPEGAV/AVSEQ01.DAT"}));
-    QCOMPARE(audio, (QStringList{"MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/SILENCE.MP3", "MEDIA/THEME.MP3"}));
-    QCOMPARE(image, (QStringList{"MEDIA/PICTURES/COVER.BMP", "MEDIA/PICTURES/DOT.GIF", "MEDIA/PICTURES/SUNSET.JPG"}));
-    QCOMPARE(text, (QStringList{"DOCS/.DRAFT.TXT", "DOCS/CREDITS.NFO", "DOCS/INSTALL.README", "DOCS/READ.ME",
-                                "DOCS/RELEASE NOTES.TXT", "README.TXT", "SETUP/SETUP.INI"}));
-    QCOMPARE(programs, (QStringList{"AUTORUN.EXE", "MENU.EXE", "PLAYERS/QUICKTIMEINSTALLER.EXE", "PLAYERS/WMPLAYER.EXE",
+    for (QStringList &kind : kinds)
+        kind.sort();
+    QCOMPARE(kinds[0], (QStringList{"MEDIA/CLIP.MOV", "MEDIA/INTRO.MPG", "MEDIA/TRAILER.AVI", "MPEGAV/AVSEQ01.DAT"}));
+    QCOMPARE(kinds[1], (QStringList{"MEDIA/BELL.AIF", "MEDIA/CHIME.WAV", "MEDIA/SILENCE.MP3", "MEDIA/THEME.MP3"}));
+    QCOMPARE(kinds[2], (QStringList{"MEDIA/PICTURES/COVER.BMP", "MEDIA/PICTURES/DOT.GIF", "MEDIA/PICTURES/SUNSET.JPG"}));
+    QCOMPARE(kinds[3], (QStringList{"DOCS/.DRAFT.TXT", "DOCS/CREDITS.NFO", "DOCS/INSTALL.README", "DOCS/READ.ME",
+                                    "DOCS/RELEASE NOTES.TXT", "README.TXT", "SETUP/SETUP.INI"}));
+    QCOMPARE(kinds[4], (QStringList{"AUTORUN.EXE", "MENU.EXE", "PLAYERS/QUICKTIMEINSTALLER.EXE", "PLAYERS/WMPLAYER.EXE",
                                     "SETUP/DATA.ZIP", "SETUP/DXSETUP.EXE", "TOOLS/DISCTOOL.EXE"}));
     // The rest: unknown kinds, the hidden file among them, and a .DAT the scan knows but no screen shows.
-    QCOMPARE(other, (QStringList{".DISCINFO", "AUTORUN.INF", "DATA.XYZ", "DOCS/INDEX.HTM", "DOCS/MANUAL.PDF",
-                                 "TOOLS/DISC.DAT"}));
+    QCOMPARE(kinds[5], (QStringList{".DISCINFO", "AUTORUN.INF", "DATA.XYZ", "DOCS/INDEX.HTM", "DOCS/MANUAL.PDF",
+                                    "TOOLS/DISC.DAT"}));
     QVERIFY(IsHiddenFile(disc() + "/.DiscInfo"));
     QVERIFY(IsHiddenFile(disc() + "/Docs/.Draft.txt"));
     QVERIFY(!IsHiddenFile(disc() + "/README.TXT"));
@@ -314,7 +304,6 @@ void TestSetup::archivesOpenAsTheScanOpensThem()
     const QString sfx = disc() + "/Setup/DXSETUP.EXE";
     const QByteArray sfxBytes = ReadTestFile(sfx);
     QVERIFY(sfxBytes.startsWith("MZ"));
-    QVERIFY(!sfxBytes.startsWith("PK"));
     const auto directX = zipMembers(sfx);
     QCOMPARE(directX.keys(), (QStringList{"DirectX/", "DirectX/DXWEBSETUP.EXE", "DirectX/Readme.txt"}));
     QCOMPARE(directX.value("DirectX/Readme.txt"), QByteArray("DirectX 9.0c\r\n"));
