@@ -80,6 +80,19 @@ QByteArray ArchiveBytes(const QList<FixtureMember> &members, const char *format)
     return build(members, format, nullptr, nullptr);
 }
 
+QByteArray DosArchiveBytes(const QList<FixtureMember> &members)
+{
+    QByteArray zip = ArchiveBytes(members);
+    // The general-purpose flags of each local header and each central directory entry: bit 11 off.
+    for (qsizetype at = 0; (at = zip.indexOf("PK", at)) >= 0; at += 2) {
+        const QByteArray sig = zip.mid(at, 4);
+        const qsizetype flags = sig == QByteArray("PK\x03\x04", 4) ? at + 6 : sig == QByteArray("PK\x01\x02", 4) ? at + 8 : -1;
+        if (flags >= 0)
+            zip[flags + 1] = char(zip[flags + 1] & ~0x08);
+    }
+    return zip;
+}
+
 QString WriteArchive(const QString &path, const QList<FixtureMember> &members, const char *format,
                      const char *options, const char *passphrase)
 {

@@ -18,6 +18,9 @@ QString WriteArchive(const QString &path, const QList<FixtureMember> &members, c
                      const char *options = nullptr, const char *passphrase = nullptr);
 // The bytes of such an archive, for fixtures that glue a program stub in front or cut the tail off.
 QByteArray ArchiveBytes(const QList<FixtureMember> &members, const char *format = "zip");
+// A ZIP as an old DOS tool writes it: the names' bytes as given and no UTF-8 mark in its headers, so
+// that a reader takes them for code page 437.
+QByteArray DosArchiveBytes(const QList<FixtureMember> &members);
 
 // The folder that holds the third-party corpus of hostile files, or "" when this machine has none.
 QString CorpusFolder();

@@ -22,6 +22,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 const QString Client = QStringLiteral("1");
@@ -79,6 +80,24 @@ void writeBinCue(const QString &iso, const QString &bin, const QString &cue)
     WriteTestFile(bin, raw);
     WriteTestFile(cue, "FILE \"" + QFileInfo(bin).fileName().toUtf8() + "\" BINARY\r\n  TRACK 01 MODE1/2352\r\n"
                                                                         "    INDEX 01 00:00:00\r\n");
+}
+
+// A data table of two text columns, each row its tag and its two values.
+void textRows(const char *first, const char *second, std::initializer_list<std::array<const char *, 3>> rows)
+{
+    QTest::addColumn<QString>(first);
+    QTest::addColumn<QString>(second);
+    for (const auto &[tag, a, b] : rows)
+        QTest::newRow(tag) << QString::fromUtf8(a) << QString::fromUtf8(b);
+}
+
+// The walk over a volume, the extract folder emptied first; the media list it leaves.
+QStringList walk(MediaWalker &walker, const QString &volume)
+{
+    ResetExtractFolder();
+    walker.SetDrive(volume);
+    walker.ScanFiles();
+    return gMediaFiles;
 }
 } // namespace
 
@@ -175,13 +194,11 @@ QString TestImage::image(const QString &kind)
 
 void TestImage::imageJobsReportTheMaster_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("format");
-    QTest::newRow("ISO with Rock Ridge and Joliet") << "rrj" << "ISO 9660 with Rock Ridge and Joliet";
-    QTest::newRow("Joliet only") << "joliet" << "ISO 9660 with Joliet";
-    QTest::newRow("UDF bridge") << "bridge" << "UDF 1.02";
-    QTest::newRow("UDF only") << "udf" << "UDF 1.02";
-    QTest::newRow("BIN/CUE") << "bincue" << "ISO 9660 with Rock Ridge and Joliet";
+    textRows("kind", "format", {{"ISO with Rock Ridge and Joliet", "rrj", "ISO 9660 with Rock Ridge and Joliet"},
+                                {"Joliet only", "joliet", "ISO 9660 with Joliet"},
+                                {"UDF bridge", "bridge", "UDF 1.02"},
+                                {"UDF only", "udf", "UDF 1.02"},
+                                {"BIN/CUE", "bincue", "ISO 9660 with Rock Ridge and Joliet"}});
 }
 
 void TestImage::imageJobsReportTheMaster()
@@ -228,8 +245,7 @@ void TestImage::hiddenByTheRecordAndTheLastSession()
     QVERIFY(run("genisoimage", {"-quiet", "-J", "-hidden", "Mystery.exe", "-o", joliet, m_master + "/Setup"}));
     MsgBoxResponder boxes;
     MediaWalker walker;
-    walker.SetDrive(joliet);
-    walker.ScanFiles();
+    walk(walker, joliet);
     const ExeEvaluation judged = EvaluateExecutables(gMediaFiles, Client);
     const auto mystery = std::find_if(judged.unknown.begin(), judged.unknown.end(),
                                       [&](const UnknownExe &u) { return u.path == joliet.toUpper() + "/MYSTERY.EXE"; });
@@ -240,9 +256,8 @@ void TestImage::hiddenByTheRecordAndTheLastSession()
     QVERIFY(copy.startsWith(ExtractFolder() + "/"));
     QCOMPARE(ReadTestFile(copy), ReadTestFile(m_master + "/Setup/Mystery.exe"));
 
-    walker.SetDrive(iso);
-    walker.ScanFiles();
-    QVERIFY(gMediaFiles.contains(iso.toUpper() + "/SECOND.TXT") && gMediaFiles.contains(iso.toUpper() + "/FIRST.EXE"));
+    const QStringList last = walk(walker, iso);
+    QVERIFY(last.contains(iso.toUpper() + "/SECOND.TXT") && last.contains(iso.toUpper() + "/FIRST.EXE"));
     QVERIFY(boxes.prompts().isEmpty());
 }
 
@@ -250,19 +265,13 @@ void TestImage::deepFoldersSessionsOfACdAndNamesNoFolderHolds()
 {
     MsgBoxResponder boxes;
     MediaWalker walker;
-    const auto walk = [&](const QString &volume) {
-        ResetExtractFolder();
-        walker.SetDrive(volume);
-        walker.ScanFiles();
-        return gMediaFiles;
-    };
     // Folders past the eighth level, which Rock Ridge moves aside and links back to their place.
     const QString deep = m_work.filePath("deep");
     WriteTestFile(deep + "/a/b/c/d/e/f/g/h/i/j/Deep.txt", "ten folders down");
     const QString deepIso = m_work.filePath("deep.iso");
     QVERIFY(run("genisoimage", {"-quiet", "-R", "-o", deepIso, deep}));
     const QString stored = deepIso.toUpper() + "/A/B/C/D/E/F/G/H/I/J/DEEP.TXT";
-    QVERIFY2(walk(deepIso).contains(stored), qPrintable(gMediaFiles.join('\n')));
+    QVERIFY2(walk(walker, deepIso).contains(stored), qPrintable(gMediaFiles.join('\n')));
     QCOMPARE(ReadTestFile(RealPath(stored)), QByteArray("ten folders down"));
 
     // A CD in two sessions (a CD-Extra's layout): the second lies behind the lead-out, lead-in and pregap
@@ -286,7 +295,7 @@ void TestImage::deepFoldersSessionsOfACdAndNamesNoFolderHolds()
                                            .arg(first / 75 % 60, 2, 10, QChar('0'))
                                            .arg(first % 75, 2, 10, QChar('0'))
                                            .toUtf8());
-    QVERIFY(walk(cue).contains(cue.toUpper() + "/TWO.TXT"));
+    QVERIFY(walk(walker, cue).contains(cue.toUpper() + "/TWO.TXT"));
     QCOMPARE(ReadTestFile(RealPath(cue.toUpper() + "/TWO.TXT")), QByteArray("second session"));
 
     // Rock Ridge names no folder can hold ("..", one with a separator): renamed, and nothing of theirs
@@ -307,7 +316,7 @@ void TestImage::deepFoldersSessionsOfACdAndNamesNoFolderHolds()
     rename("bbbbbbbb.zip", "../../xx.zip");
     WriteTestFile(namesIso, bytes);
     boxes.queue(vbOK);
-    const QStringList listed = walk(namesIso);
+    const QStringList listed = walk(walker, namesIso);
     QVERIFY2(gExternalFiles.contains(namesIso.toUpper() + "/__") && listed.contains(namesIso.toUpper() + "/.._.._XX.ZIP"),
              qPrintable(listed.join('\n') + gExternalFiles.join('\n')));
     QVERIFY(listed.contains(ExtractFolder().toUpper() + "/.._.._XX.ZIP/MEMBER.TXT"));
@@ -317,12 +326,10 @@ void TestImage::deepFoldersSessionsOfACdAndNamesNoFolderHolds()
 
 void TestImage::damagedImagesEndInAReport_data()
 {
-    QTest::addColumn<QString>("damage");
-    QTest::addColumn<QString>("warning");
-    QTest::newRow("cut short") << "truncated" << "outside the image";
-    QTest::newRow("a folder that is its parent") << "loop" << "leads back to a folder already listed";
-    QTest::newRow("a folder past the end") << "folder past the end" << "outside the image";
-    QTest::newRow("an archive past the end") << "file past the end" << "SETUP/DATA.ZIP";
+    textRows("damage", "warning", {{"cut short", "truncated", "outside the image"},
+                                   {"a folder that is its parent", "loop", "leads back to a folder already listed"},
+                                   {"a folder past the end", "folder past the end", "outside the image"},
+                                   {"an archive past the end", "file past the end", "SETUP/DATA.ZIP"}});
 }
 
 void TestImage::damagedImagesEndInAReport()
