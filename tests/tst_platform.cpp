@@ -44,12 +44,11 @@ private Q_SLOTS:
     void storedPathsReachTheirOwnFiles();
     void emptyOpticalDrives();
     void pausePumpsEvents();
-    void resetExtractFolderEmptiesEverything();
-    void resetExtractFolderMissingIsFatal();
+    void resetExtractFolder();
 
 private:
-    // Every test starts from the same platform: no volume, the real launchers and opener, no end
-    // hook, the extract folder in place, the first current folder.
+    // Every test starts and ends on the same platform: no volume, the real launchers and opener, no
+    // end hook, no progress sink, the extract folder in place, the first current folder.
     void resetPlatform();
 
     TempAppFolder m_app;
@@ -305,7 +304,6 @@ void TestPlatform::failuresCarryTheirNumbers()
     On(&sender, &QObject::objectNameChanged, &sender, [&](const QString &n) { seen = n; });
     sender.setObjectName("named");
     QCOMPARE(seen, QString("named"));
-    SetEndProcessHook(nullptr);
 }
 
 void TestPlatform::storedNames_data()
@@ -407,7 +405,7 @@ void TestPlatform::pausePumpsEvents()
     QVERIFY(t.elapsed() >= 40);
 }
 
-void TestPlatform::resetExtractFolderEmptiesEverything()
+void TestPlatform::resetExtractFolder()
 {
     const QString extract = ExtractFolder();
     const QString ro = WriteTestFile(extract + "/DISC/SETUP.ZIP/README.TXT", "x");
@@ -424,35 +422,24 @@ void TestPlatform::resetExtractFolderEmptiesEverything()
                      },
                      [&] { ++unloads; }});
     ResetExtractFolder();
-    SetProgressSink({});
     QVERIFY(QDir(extract).exists());
     QVERIFY(QDir(extract).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
     QCOMPARE(percents, (QList<int>{1, 50, 99}));
     QCOMPARE(texts.first(), QString("Removing de-archived files..."));
     QCOMPARE(unloads, 1);
-}
 
-void TestPlatform::resetExtractFolderMissingIsFatal()
-{
+    // A folder that cannot be made again is the end of the program.
     MsgBoxResponder boxes;
     boxes.queue(vbOK);
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
-    QVERIFY(QDir(ExtractFolder()).removeRecursively());
-    bool stopped = false;
-    try {
-        ResetExtractFolder();
-    } catch (const ProcessEnded &) {
-        stopped = true;
-    }
-    SetEndProcessHook(nullptr);
-    QVERIFY(stopped);
+    QVERIFY(QDir(extract).removeRecursively());
+    QVERIFY_THROWS_EXCEPTION(ProcessEnded, ResetExtractFolder());
     QCOMPARE(ended, QList<int>{1});
     QCOMPARE(boxes.prompts(),
-             QStringList{"Error deleting and creating temp extract folder. Error #76 Make sure all files in " +
-                         ExtractFolder() + " are deleted before running KEVRO again.  Can not continue."});
+             QStringList{"Error deleting and creating temp extract folder. Error #76 Make sure all files in " + extract +
+                         " are deleted before running KEVRO again.  Can not continue."});
     QCOMPARE(boxes.boxes()[0].icon(), int(vbCritical));
-    QDir().mkpath(ExtractFolder());
 }
 
 QTEST_GUILESS_MAIN(TestPlatform)
