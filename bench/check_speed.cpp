@@ -80,25 +80,12 @@ int main(int argc, char **argv)
     bool failed = false;
     for (int round = 0; round <= TimedRounds; ++round) {
         const auto walk = [&] {
-            ResetExtractFolder();
-            ResetList(gMediaFiles);
-            ResetList(gExternalFiles);
-            ClearRealPaths();
-            ::sync();
-            const double ms = timed([&] {
-                MediaWalker w;
-                w.SetDrive(tree.root);
-                w.ScanFiles();
-            });
-            walked = gFilesScanned;
-            media = gMediaFiles.size();
-            external = gExternalFiles.size();
-            ResetList(gMediaFiles);
-            ResetList(gExternalFiles);
-            ClearRealPaths();
-            ResetExtractFolder();
+            const WalkRun run = FreshWalk(tree.root);
+            walked = run.walked;
+            media = run.media;
+            external = run.external;
             if (round > 0)
-                walkBest = std::min(walkBest, ms);
+                walkBest = std::min(walkBest, run.ms);
         };
         const auto job = [&] {
             ::sync();

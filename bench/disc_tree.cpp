@@ -1,8 +1,11 @@
 #include "disc_tree.h"
+#include "measure.h"
 
 #include "catalogue/CatalogueSetup.h"
 #include "platform/FileSystem.h"
 #include "platform/Paths.h"
+#include "platform/StoredPaths.h"
+#include "scan/MediaWalker.h"
 #include "shell/MainMod.h"
 
 #include <QCoreApplication>
@@ -409,4 +412,27 @@ bool MakeAppFolder(const QString &folder)
     if (!failed.isEmpty())
         std::fprintf(stderr, "the benchmark's catalogue cannot be made: %s\n", qPrintable(failed));
     return failed.isEmpty();
+}
+
+WalkRun FreshWalk(const QString &volume)
+{
+    const auto empty = [] {
+        ResetList(gMediaFiles);
+        ResetList(gExternalFiles);
+        ClearRealPaths();
+        ResetExtractFolder();
+    };
+    empty();
+    ::sync();
+    WalkRun run;
+    run.ms = timed([&] {
+        MediaWalker w;
+        w.SetDrive(volume);
+        w.ScanFiles();
+    });
+    run.walked = gFilesScanned;
+    run.media = gMediaFiles.size();
+    run.external = gExternalFiles.size();
+    empty();
+    return run;
 }

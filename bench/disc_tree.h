@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
+
 // A disc-like tree for the scan benchmark, laid out once under one folder and reused while its marker
 // names the current layout:
 //   disc/      200,000 small files in 10,000 folders (the root and 9,999 below it, up to five deep),
@@ -34,3 +36,14 @@ DiscTree SharedDiscTree();
 // reports folders, and the demo catalogue on SQLite under the data source KEVRO in its own odbc.ini (no
 // data source of this machine's user or system counts). False, with why on stderr, when it cannot.
 bool MakeAppFolder(const QString &folder);
+
+// One walk of a volume (a folder or an image) as a session's first scan makes it: from empty lists and
+// an empty extract folder, with the file system synced, only the walk itself timed. The lists and the
+// extract folder are emptied again afterwards.
+struct WalkRun {
+    double ms = 0;
+    int32_t walked = 0;
+    qsizetype media = 0;
+    qsizetype external = 0;
+};
+WalkRun FreshWalk(const QString &volume);

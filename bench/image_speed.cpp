@@ -103,23 +103,10 @@ int main(int argc, char **argv)
     for (int round = 0; round <= TimedRounds; ++round) {
         const bool take = round > 0;
         const auto walk = [&] {
-            ResetExtractFolder();
-            ResetList(gMediaFiles);
-            ResetList(gExternalFiles);
-            ClearRealPaths();
-            ::sync();
-            const double ms = timed([&] {
-                MediaWalker w;
-                w.SetDrive(discImage);
-                w.ScanFiles();
-            });
-            walked = gFilesScanned;
-            ResetList(gMediaFiles);
-            ResetList(gExternalFiles);
-            ClearRealPaths();
-            ResetExtractFolder();
+            const WalkRun run = FreshWalk(discImage);
+            walked = run.walked;
             if (take)
-                walkBest.take(ms);
+                walkBest.take(run.ms);
         };
         const auto list = [&] {
             const Child c = runMeasured(bsdtar, {QStringLiteral("-tf"), discImage});
