@@ -17,14 +17,6 @@ constexpr int64_t RawSectorSize = 2352;
 // More entries than any disc holds (a Blu-ray of 50 GB in files of 4 KB is 12 million).
 constexpr qsizetype MaxNodes = 16 * 1024 * 1024;
 
-QString ShownName(const QByteArray &name)
-{
-    QString out = QString::fromUtf8(name);
-    for (QChar &c : out)
-        if (c.unicode() < 0x20 || c == QLatin1Char('<') || c == QLatin1Char('>'))
-            c = QLatin1Char('_');
-    return out;
-}
 constexpr int64_t MaxCueSheet = 64 * 1024;
 const char RawSync[12] = {0, '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', '\xff', 0};
 
@@ -178,6 +170,7 @@ std::unique_ptr<SectorSource> cueSource(const QString &cue, QByteArray text, QSt
     struct Track {
         std::shared_ptr<File> file;
         int64_t fileSector = -1; // INDEX 01, in the file's sectors
+        int64_t fileStart = -1;  // the track's first index (its pregap's INDEX 00 when the file holds it)
         int64_t sectorBytes = RawSectorSize;
         int64_t gapBefore = 0;   // sectors of the disc not in the file, before this track
         bool data = false;
@@ -239,12 +232,17 @@ std::unique_ptr<SectorSource> cueSource(const QString &cue, QByteArray text, QSt
         } else if (key == QLatin1String("PREGAP") && words.size() >= 2 && !tracks.isEmpty()) {
             tracks.last().gapBefore += std::max<int64_t>(0, msf(words[1]));
             tracks.last().defaultPregap = false;
-        } else if (key == QLatin1String("INDEX") && words.size() >= 3 && words[1].toInt() == 1 && !tracks.isEmpty()) {
-            tracks.last().fileSector = msf(words[2]);
+        } else if (key == QLatin1String("INDEX") && words.size() >= 3 && !tracks.isEmpty()) {
+            Track &t = tracks.last();
+            const int64_t at = msf(words[2]);
+            if (t.fileStart < 0)
+                t.fileStart = at;
+            if (words[1].toInt() == 1)
+                t.fileSector = at;
         }
     }
-    // Each track runs to the next one of its file, or to the file's end; its disc address follows the
-    // tracks before it.
+    // Each track, with the pregap its file holds, runs to the next one of its file, or to the file's end;
+    // its disc address follows the tracks before it.
     QList<RawSource::Segment> segments;
     int64_t disc = 0, sessionStart = -1;
     int lastDataSession = 0;
@@ -252,25 +250,26 @@ std::unique_ptr<SectorSource> cueSource(const QString &cue, QByteArray text, QSt
         const Track &t = tracks[i];
         if (!t.file || t.fileSector < 0)
             continue;
+        const int64_t first = std::min(t.fileStart, t.fileSector);
         int64_t end = t.file->size() / t.sectorBytes;
         for (qsizetype j = i + 1; j < tracks.size(); ++j)
             if (tracks[j].file == t.file && tracks[j].fileSector >= 0) {
-                end = tracks[j].fileSector;
+                end = std::min(tracks[j].fileStart, tracks[j].fileSector);
                 break;
             }
         if (end <= t.fileSector)
             continue;
-        disc += t.gapBefore + (t.defaultPregap ? 150 : 0);
+        disc += t.gapBefore + (t.defaultPregap && first == t.fileSector ? 150 : 0);
         if (i == 0)
-            disc = 0; // the first track's first sector is the disc's sector 0
-        RawSource::Segment segment{t.file, disc, end - t.fileSector, t.sectorBytes};
-        segment.fileFirst = t.fileSector;
+            disc = -(t.fileSector - first); // the first track's INDEX 01 is the disc's sector 0
+        RawSource::Segment segment{t.file, disc, end - first, t.sectorBytes};
+        segment.fileFirst = first;
         segments.append(segment);
         if (t.data && t.session > lastDataSession) {
             lastDataSession = t.session;
-            sessionStart = disc;
+            sessionStart = disc + (t.fileSector - first);
         }
-        disc += end - t.fileSector;
+        disc += end - first;
     }
     if (segments.isEmpty() || sessionStart < 0) {
         why = QStringLiteral("the cue sheet names no data track");
@@ -389,12 +388,16 @@ bool DiscImage::readAll(int32_t node, QByteArray &out, int64_t limit, QString &p
     }
     out.resize(qsizetype(size));
     // As far as it can be read, sector by sector: what stands before a damaged part is listed.
-    int64_t done = 0;
+    // Read in runs of sectors; after a failed run, one sector at a time up to the damage.
+    int64_t done = 0, step = 64 * SectorSource::SectorSize;
     while (done < size) {
-        const int64_t n = Read(node, done, out.data() + done, std::min<int64_t>(size - done, 64 * SectorSource::SectorSize));
-        if (n <= 0)
+        const int64_t n = Read(node, done, out.data() + done, std::min<int64_t>(size - done, step));
+        if (n <= 0 && step == SectorSource::SectorSize)
             break;
-        done += n;
+        if (n <= 0)
+            step = SectorSource::SectorSize;
+        else
+            done += n;
     }
     if (done < size) {
         out.truncate(qsizetype(done / SectorSource::SectorSize * SectorSource::SectorSize));
@@ -475,7 +478,7 @@ DiscImage::Listing DiscImage::List(int32_t folder)
         if (e.folder) {
             const int64_t where = m_nodes[e.node].location;
             if (m_folders.contains(where)) {
-                addProblem(listing.problem, ShownName(e.name) + QStringLiteral(" leads back to a folder already listed"));
+                addProblem(listing.problem, QString::fromUtf8(e.name) + QStringLiteral(" leads back to a folder already listed"));
                 continue;
             }
             m_folders.insert(where);

@@ -187,12 +187,16 @@ private:
             const int type = m[at], length = m[at + 1];
             if (length < 6 || at + length > mapsLength)
                 break;
+            // A map of a kind not read (or too short for its kind) is kept as type 0: nothing refers to
+            // it successfully.
             Map map;
-            map.type = type;
+            map.type = 0;
             if (type == 1) {
+                map.type = 1;
                 map.partition = le16(m + at + 4);
             } else if (type == 2 && length >= 64) {
                 const QByteArray id(reinterpret_cast<const char *>(m + at + 5), 23);
+                map.type = 2;
                 map.partition = le16(m + at + 38);
                 if (id.startsWith("*UDF Virtual Partition")) {
                     map.type = 3; // write-once media: blocks through the table at the end of the recording
@@ -201,7 +205,7 @@ private:
                 } else if (id.startsWith("*UDF Sparable Partition")) {
                     map.type = 1; // rewritable media: the blocks where they were written, spared ones aside
                 } else {
-                    map.type = 0; // a partition of a kind not read: nothing refers to it successfully
+                    map.type = 0;
                 }
             }
             for (const auto &[number, start] : partitions)
@@ -224,7 +228,7 @@ private:
         }
         // The metadata partition's blocks are those of its metadata file, a file of the partition below.
         for (Map &map : m_maps) {
-            if (map.type != 2)
+            if (map.type != 2 || map.metadata.isEmpty())
                 continue;
             const int64_t fileEntry = map.start + map.metadata.first().sector;
             map.metadata.clear();
