@@ -318,6 +318,22 @@ void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nati
     r.indexed = false;
 }
 
+qsizetype RegisteredFileCount()
+{
+    return registry().entries.size();
+}
+
+void ForgetRegisteredFiles(qsizetype from)
+{
+    Registry &r = registry();
+    if (from >= r.entries.size())
+        return;
+    r.names.truncate(qsizetype(r.entries[from].nameAt));
+    r.entries.resize(from);
+    r.stored.resize(from);
+    r.indexed = false;
+}
+
 void RegisterImageFile(const QString &stored, QByteArrayView name, int32_t node, int64_t size, bool hidden)
 {
     Registry &r = registry();

@@ -34,6 +34,10 @@ QString ShownText(const QString &text);
 // in the walk's order. A folder's bytes are registered once and shared by its files.
 int32_t RegisterScanFolder(const QByteArray &nativeFolder); // with its trailing "/"; returns its number
 void RegisterScanFile(const QString &stored, int32_t folder, QByteArrayView nativeName);
+// How many files are registered; forgetting back to such a count drops the files of a listing that failed
+// part way.
+qsizetype RegisteredFileCount();
+void ForgetRegisteredFiles(qsizetype from);
 // A file of a disc image the walk lists, by its node in the image, with what its record says.
 void RegisterImageFile(const QString &stored, QByteArrayView name, int32_t node, int64_t size, bool hidden);
 // The disc image the scan walks (null when the volume is a folder); it outlives the list of files.

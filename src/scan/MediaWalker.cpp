@@ -146,15 +146,9 @@ void MediaWalker::SetDrive(const QString &volumeRoot)
     QString root = volumeRoot;
     if (root.size() > 1 && root.endsWith(kSlash))
         root.chop(1);
-    m_imagePath.clear();
     m_image.reset();
-    if (QFileInfo(root).isFile()) {
-        QString why;
-        m_image = DiscImage::Open(root, &why);
-        if (!m_image)
-            throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(root, why));
-        m_imagePath = root;
-    }
+    if (QFileInfo(root).isFile())
+        openImage(root);
     SetScannedImage(m_image);
     SetScannedVolume(root);
     gScanDrive = root == kSlash ? QString() : root;
@@ -162,6 +156,16 @@ void MediaWalker::SetDrive(const QString &volumeRoot)
     m_volume = {m_image ? QByteArray() : QFile::encodeName(m_dirPath), StoredText(m_dirPath), m_dirPath,
                 m_image ? m_image->Root() : -1};
     m_dir = m_volume;
+}
+
+void MediaWalker::openImage(const QString &path)
+{
+    QString why;
+    m_image = DiscImage::Open(path, &why);
+    if (!m_image)
+        throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(path, why));
+    m_imageWalked = false;
+    m_warnedFolders.clear();
 }
 
 void MediaWalker::Cancel()
@@ -182,14 +186,15 @@ QList<MediaWalker::SubFolder> MediaWalker::listImage(const Folder &folder, const
 {
     const DiscImage::Listing listing = m_image->List(folder.node);
     // A folder of which nothing could be read fails as an unreadable folder does; one read in part is
-    // listed as far as it goes, with a warning.
-    if (!listing.problem.isEmpty() && listing.entries.isEmpty())
-        throw VbError(VbErr::DeviceIOError, listing.problem);
-    if (!listing.problem.isEmpty() && !m_warnedFolders.contains(folder.node)) {
+    // listed as far as it goes, with a warning. The reasons may quote the image's names.
+    const QString problem = ShownText(listing.problem);
+    if (!problem.isEmpty() && listing.entries.isEmpty())
+        throw VbError(VbErr::DeviceIOError, problem);
+    if (!problem.isEmpty() && !m_warnedFolders.contains(folder.node)) {
         m_warnedFolders.insert(folder.node); // the walk lists a folder more than once: one warning
         MsgBox(QStringLiteral("Error ") + QString::number(VbErr::DeviceIOError), vbExclamation, QString(),
                ShownText(folder.shown.chopped(1)) + QStringLiteral(": not all of the folder could be read (") +
-                   listing.problem + QStringLiteral("); what could be read is listed"));
+                   problem + QStringLiteral("); what could be read is listed"));
     }
     QList<SubFolder> folders;
     for (const DiscImage::Entry &e : listing.entries) {
@@ -281,7 +286,16 @@ MediaWalker::Files MediaWalker::AllFiles(const Folder &folder)
             out.places.append(Where{});
         out.stored.append(std::move(stored));
     };
-    const QList<SubFolder> folders = list(folder, sink);
+    // A listing that fails part way leaves none of its files behind: the folder is left out whole.
+    const qsizetype registered = RegisteredFileCount();
+    QList<SubFolder> folders;
+    try {
+        folders = list(folder, sink);
+    } catch (const VbError &) {
+        ForgetRegisteredFiles(registered);
+        gFilesScanned -= int32_t(out.stored.size());
+        throw;
+    }
     // The subfolders come with the same listing; the walk of this folder's subfolders takes them.
     m_lastListed = folder.native;
     m_lastListedNode = folder.node;
@@ -509,16 +523,13 @@ void MediaWalker::ScanFiles()
     m_archives.clear();
     m_dir = m_volume;
     m_dirPath = m_volume.shown;
-    if (!m_imagePath.isEmpty()) {
-        // Each walk reads the image afresh: what it listed before counts for nothing now.
-        QString why;
-        m_image = DiscImage::Open(m_imagePath, &why);
-        if (!m_image)
-            throw VbError(VbErr::DeviceUnavailable, QStringLiteral("%1 is no disc image: %2").arg(m_imagePath, why));
+    if (m_image && m_imageWalked) {
+        // A later walk reads the image afresh: what it listed before counts for nothing now.
+        openImage(m_image->Path());
         SetScannedImage(m_image);
         m_volume.node = m_dir.node = m_image->Root();
-        m_warnedFolders.clear();
     }
+    m_imageWalked = m_image != nullptr;
 
     // KEVRO's own folders lie outside every disc: a volume that holds them is walked without them.
     m_ownFolders.clear();

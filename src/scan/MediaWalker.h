@@ -153,9 +153,10 @@ private:
     int32_t m_lastListedNode = -1;
     bool m_lastListedValid = false;
     QList<SubFolder> m_lastListedFolders;
-    // The disc image the volume is, if it is one; opened afresh for each walk.
-    QString m_imagePath;
+    // The disc image the volume is, if it is one; opened afresh for each walk after the first.
+    void openImage(const QString &path);
     std::shared_ptr<DiscImage> m_image;
-    QSet<int32_t> m_warnedFolders;
-    QList<QPair<QString, QString>> m_archives; // the image's folders whose listing problem was told
+    bool m_imageWalked = false;
+    QSet<int32_t> m_warnedFolders; // the image's folders whose listing problem was told
+    QList<QPair<QString, QString>> m_archives;
 };
