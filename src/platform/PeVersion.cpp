@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -18,33 +19,51 @@ constexpr uint32_t SubdirectoryBit = 0x80000000u;
 // Above this the loader takes the raw data pointer rounded down to a sector.
 constexpr uint32_t SectorSize = 0x200;
 
-// A window on bytes whose every read says whether it stayed inside.
+// A window on bytes whose every read says whether it stayed inside: bytes in memory, or a file read
+// piece by piece (one in a disc image, say).
 class Bytes
 {
 public:
     Bytes(const char *data, qsizetype size) : m_data(reinterpret_cast<const uint8_t *>(data)), m_size(uint64_t(size)) {}
+    Bytes(uint64_t size, const VersionFileReader &read) : m_size(size), m_read(&read) {}
     uint64_t size() const { return m_size; }
     bool has(uint64_t offset, uint64_t length) const { return offset <= m_size && length <= m_size - offset; }
     bool u16(uint64_t offset, uint16_t &v) const
     {
-        if (!has(offset, 2))
+        uint8_t b[2];
+        if (!get(offset, b, 2))
             return false;
-        v = uint16_t(m_data[offset] | m_data[offset + 1] << 8);
+        v = uint16_t(b[0] | b[1] << 8);
         return true;
     }
     bool u32(uint64_t offset, uint32_t &v) const
     {
-        if (!has(offset, 4))
+        uint8_t b[4];
+        if (!get(offset, b, 4))
             return false;
-        v = uint32_t(m_data[offset]) | uint32_t(m_data[offset + 1]) << 8 | uint32_t(m_data[offset + 2]) << 16 |
-            uint32_t(m_data[offset + 3]) << 24;
+        v = uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
         return true;
     }
-    const char *at(uint64_t offset) const { return reinterpret_cast<const char *>(m_data + offset); }
+    QByteArray slice(uint64_t offset, uint64_t length) const
+    {
+        QByteArray out(qsizetype(length), Qt::Uninitialized);
+        return get(offset, out.data(), length) ? out : QByteArray();
+    }
 
 private:
-    const uint8_t *m_data;
+    bool get(uint64_t offset, void *out, uint64_t length) const
+    {
+        if (!has(offset, length))
+            return false;
+        if (m_data) {
+            std::memcpy(out, m_data + offset, size_t(length));
+            return true;
+        }
+        return (*m_read)(int64_t(offset), static_cast<char *>(out), int64_t(length)) == int64_t(length);
+    }
+    const uint8_t *m_data = nullptr;
     uint64_t m_size;
+    const VersionFileReader *m_read = nullptr;
 };
 
 struct Section {
@@ -160,7 +179,7 @@ public:
         uint16_t declared;
         if (dataSize < 6 || !m_file.u16(dataOffset, declared) || declared < 6)
             return {};
-        return QByteArray(m_file.at(dataOffset), std::min<uint32_t>(dataSize, declared));
+        return m_file.slice(dataOffset, std::min<uint32_t>(dataSize, declared));
     }
 
 private:
@@ -212,6 +231,13 @@ bool readNode(const Bytes &block, uint64_t at, uint64_t limit, Node &node)
 QByteArray VersionBlockFromImage(const char *data, qsizetype size)
 {
     const Bytes file(data, size);
+    PeImage image(file);
+    return image.open() ? image.versionBlock() : QByteArray();
+}
+
+QByteArray VersionBlockFromFile(int64_t size, const VersionFileReader &read)
+{
+    const Bytes file(uint64_t(std::max<int64_t>(size, 0)), read);
     PeImage image(file);
     return image.open() ? image.versionBlock() : QByteArray();
 }

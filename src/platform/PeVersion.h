@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 // The version resource of a Windows executable (PE32 or PE32+), read the way the Windows version API
@@ -15,6 +16,9 @@
 QByteArray ReadVersionBlock(const QString &path);
 // The same from a file's bytes already in memory.
 QByteArray VersionBlockFromImage(const char *data, qsizetype size);
+// The same from a file of `size` bytes read piece by piece: read(offset, out, n) gives the bytes read.
+using VersionFileReader = std::function<int64_t(int64_t offset, char *out, int64_t n)>;
+QByteArray VersionBlockFromFile(int64_t size, const VersionFileReader &read);
 
 // A value of a version block by its path, "\VarFileInfo\Translation" or "\StringFileInfo\040904B0\Name".
 // Keys compare without regard to case, as the platform's query does. nullopt when the path is not there.

@@ -148,18 +148,11 @@ QList<qsizetype> FilesMarkedAsPrograms(int threads)
         threads);
 }
 
-QList<ProgramFile> FindPrograms(const QList<ListedFile> &files)
-{
-    return ExaminePrograms(files, FilesMarkedAsPrograms());
-}
-
 QList<ProgramFile> ExaminePrograms(const QList<ListedFile> &files, const QList<qsizetype> &marked)
 {
     QList<ProgramFile> out;
     char head[HeadBytes];
     for (const qsizetype i : marked) {
-        if (i >= files.size())
-            continue;
         const ListedFile &f = files[i];
         const int64_t n = ReadStoredFile(f.stored, f.occurrence, 0, head, HeadBytes);
         if (n < 28)

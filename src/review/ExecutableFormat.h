@@ -41,4 +41,3 @@ struct ListedFile;
 // beside other work), then each of those examined (versions read; not beside other work).
 QList<qsizetype> FilesMarkedAsPrograms(int threads = 2);
 QList<ProgramFile> ExaminePrograms(const QList<ListedFile> &files, const QList<qsizetype> &marked);
-QList<ProgramFile> FindPrograms(const QList<ListedFile> &files);

@@ -2,6 +2,7 @@
 
 #include "platform/Paths.h"
 #include "platform/PeVersion.h"
+#include "platform/StoredPaths.h"
 
 namespace {
 constexpr int VersionStringBuffer = 128;
@@ -16,8 +17,15 @@ QString AddReturnIfNonEmptyString(const QString &text)
 
 bool VersionInformation::ReadVersionInformation(const QString &path, int occurrence)
 {
-    // A file that has gone away reads as one without version data.
-    const QByteArray block = ReadVersionBlock(RealPath(path, occurrence));
+    // A file that has gone away reads as one without version data. A file of a disc image is read where
+    // it lies, never copied out for this.
+    const QByteArray block =
+        ImageNodeOf(path, occurrence) >= 0
+            ? VersionBlockFromFile(InfoOf(path, occurrence).size,
+                                   [&](int64_t offset, char *out, int64_t n) {
+                                       return ReadStoredFile(path, occurrence, offset, out, n);
+                                   })
+            : ReadVersionBlock(RealPath(path, occurrence));
     VersionSize = int32_t(block.size());
     if (block.isEmpty()) {
         for (QString *s : {&CompanyName, &FileDescription, &FileVersion, &InternalName, &LegalCopyright,
