@@ -24,9 +24,39 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScopedValueRollback>
 
 namespace {
+// Input kept from some controls of a window: clicks and keys on them, and every access key of the window.
+class HoldInput final : public QObject
+{
+public:
+    HoldInput(QWidget *window, const QList<QObject *> &held) : m_window(window), m_held(held) {}
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        switch (event->type()) {
+        case QEvent::Shortcut: {
+            const auto *widget = qobject_cast<QWidget *>(watched);
+            return widget && widget->window() == m_window;
+        }
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            return m_held.contains(watched);
+        default:
+            return false;
+        }
+    }
+
+private:
+    QWidget *m_window;
+    const QList<QObject *> &m_held;
+};
 constexpr int MarkColumn = 0;
 constexpr int PathColumn = 1;
 constexpr int NameColumn = 2;
@@ -73,8 +103,6 @@ ViewerScreen::ViewerScreen(const char *objectName, const QString &title, const K
 
     On(m_grid, &FlexGrid::RowColChange, this, [this] { rowChanged(); });
     m_heldStill = {m_grid, m_grid->viewport(), cmdNext, cmdPrevious};
-    for (QObject *o : m_heldStill)
-        o->installEventFilter(this);
     On(m_grid, &FlexGrid::MouseUp, this, [this](int button) { gridMouseUp(button); });
     On(m_grid, &FlexGrid::MouseMove, this, [this](int button) { gridMouseMove(button); });
     On(menus.mnuFileExit, &QAction::triggered, this, [] { ExitApplication(); });
@@ -280,32 +308,17 @@ void ViewerScreen::rowChanged()
 void ViewerScreen::OpenRow()
 {
     // A player waits for its file and lets events through meanwhile: until the row is opened and ticked,
-    // a click or key on the grid or on the chain's buttons would open, tick or count another row.
-    const QScopedValueRollback<bool> opening(m_opening, true);
+    // a click or key on the grid or on the chain's buttons would open, tick or count another row. Held at
+    // the application, before every other filter, so no road (an access key neither) gets past.
+    HoldInput hold(this, m_heldStill);
+    qApp->installEventFilter(&hold);
+    const auto release = qScopeGuard([&] { qApp->removeEventFilter(&hold); });
     SelectRow();
 }
 
 bool ViewerScreen::HasDataRow() const
 {
     return m_grid->Rows() > 1 && m_grid->Row() >= 1;
-}
-
-bool ViewerScreen::eventFilter(QObject *watched, QEvent *event)
-{
-    if (m_opening && m_heldStill.contains(watched)) {
-        switch (event->type()) {
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-        case QEvent::MouseButtonDblClick:
-        case QEvent::KeyPress:
-        case QEvent::KeyRelease:
-        case QEvent::Shortcut:
-            return true;
-        default:
-            break;
-        }
-    }
-    return Form::eventFilter(watched, event);
 }
 
 void ViewerScreen::gridMouseUp(int button)

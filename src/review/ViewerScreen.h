@@ -66,7 +66,6 @@ protected:
     void OpenRow();
     // The current row is a file's row, not the heading (a pop-up's entries act on files only).
     bool HasDataRow() const;
-    bool eventFilter(QObject *watched, QEvent *event) override;
     // The summary's total and checked labels of this kind.
     virtual QLabel *SummaryTotal(frmScanSummary *summary) const = 0;
     virtual QLabel *SummaryChecked(frmScanSummary *summary) const = 0;
@@ -119,7 +118,6 @@ private:
     Kind m_kind;
     FlexGrid *m_grid = nullptr;
     int16_t m_checkedCount = 0;
-    bool m_opening = false;
     QList<QObject *> m_heldStill; // what takes no input while a row opens
     bool m_nameSortAscending = false;
     bool m_sizeSortAscending = false;
