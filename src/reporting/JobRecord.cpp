@@ -117,6 +117,11 @@ QJsonDocument MakeJobRecord(const JobRecordInput &in)
     if (!root.endsWith(QLatin1Char('/')))
         root += QLatin1Char('/');
     const QString extract = StoredExtractFolder() + QLatin1Char('/');
+    // The archives by their folder in the extract folder (the first of two that share one).
+    QHash<QString, QString> archiveOf;
+    for (const auto &[folder, archivePath] : in.archives)
+        if (!archiveOf.contains(folder))
+            archiveOf.insert(folder, archivePath);
     QJsonArray files;
     for (const ListedFile &f : FilesInWalkOrder()) {
         const bool external = ClassifyTail(f.stored) == FileTail::Unknown;
@@ -124,13 +129,14 @@ QJsonDocument MakeJobRecord(const JobRecordInput &in)
         QJsonValue archive;
         QString relative = f.stored;
         if (f.stored.startsWith(extract)) {
-            // A member: the archive whose folder holds it, the longest such folder.
-            qsizetype best = -1;
-            for (const auto &[folder, archivePath] : in.archives) {
-                if (f.stored.startsWith(folder + QLatin1Char('/')) && folder.size() > best) {
-                    best = folder.size();
-                    archive = archivePath;
-                    relative = f.stored.mid(folder.size() + 1);
+            // A member: the archive whose folder holds it, the deepest such folder.
+            for (qsizetype cut = f.stored.lastIndexOf(QLatin1Char('/')); cut >= extract.size();
+                 cut = f.stored.lastIndexOf(QLatin1Char('/'), cut - 1)) {
+                const auto it = archiveOf.constFind(f.stored.left(cut));
+                if (it != archiveOf.constEnd()) {
+                    archive = *it;
+                    relative = f.stored.mid(cut + 1);
+                    break;
                 }
             }
         } else if (f.stored.startsWith(root)) {
