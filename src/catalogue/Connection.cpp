@@ -251,8 +251,7 @@ QVariant Connection::ExecuteInsert(const QString &sql)
     // Asked only after an insert: on PostgreSQL it is a query of its own.
     if (!Database().driver()->hasFeature(QSqlDriver::LastInsertId))
         return QVariant();
-    const QVariant key = q.lastInsertId();
-    return key.isValid() ? key : QVariant();
+    return q.lastInsertId();
 }
 
 void Connection::BeginTrans()

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QStorageInfo>
 
 #include <algorithm>
@@ -109,7 +108,8 @@ QString fstabMountPoint(const QString &drive, const QString &fstab)
         if (f.size() < 2 || f[0].startsWith(QLatin1Char('#')))
             continue;
         const QString source = fstabField(f[0]);
-        const QString canonical = QFileInfo(source).canonicalFilePath();
+        // Only a path is resolved: "proc" or "UUID=..." name no file of the current folder.
+        const QString canonical = source.startsWith(QLatin1Char('/')) ? QFileInfo(source).canonicalFilePath() : QString();
         if (source == drive || (!canonical.isEmpty() && canonical == drive))
             return fstabField(f[1]);
     }
@@ -137,6 +137,8 @@ bool IsEmptyDrive(const QString &root)
     QString r = root;
     if (r.size() > 1 && r.endsWith(QLatin1Char('/')))
         r.chop(1);
+    if (r.isEmpty())
+        return false;
     const QList<Volume> all = Volumes();
     if (std::any_of(all.begin(), all.end(), [&](const Volume &v) { return v.mounted && v.root == r; }))
         return false;

@@ -156,11 +156,11 @@ void frmScanResultsOther::ShowExternalFiles(const QString &)
             ResumeNextOn({VbErr::FileNotFound, VbErr::BadFileName}, [&] {
                 const QString &path = gExternalFiles[i];
                 const int n = occurrence(path);
-                if (!FileExists(path, n))
+                // Gone, or no file to size: not listed.
+                const StoredFileInfo info = InfoOf(path, n);
+                if (path.isEmpty() || !info.exists || info.isDir)
                     return;
-                if (path.isEmpty() || FileSizeText(path, n) == QLatin1String("Error"))
-                    return;
-                const double kb = InfoOf(path, n).size / 1024.0;
+                const double kb = info.size / 1024.0;
                 externalMegabytes += kb / 1024.0;
                 const QString size = QString::number(std::llround(kb)) + QStringLiteral(" KB");
                 if (path.toUpper().right(limit.size()) != limit)

@@ -663,14 +663,15 @@ bool ArchiveExpander::Expand(const QString &archivePath, const QString &targetFo
 
 bool ArchiveExpander::Expand(const QByteArray &archivePath, const QByteArray &targetFolder)
 {
+    // What a path that is no archive to open leaves behind is its own warning, never the last archive's.
+    m_warnings.clear();
+    m_warningsLeftOut = 0;
     Fd fd;
     bool regular = false;
     int64_t size = 0;
     try {
         fd = openArchiveFile(archivePath, regular, size);
     } catch (const VbError &e) {
-        m_warnings.clear();
-        m_warningsLeftOut = 0;
         warn(QStringLiteral("the archive cannot be opened (") + e.description + QLatin1Char(')'));
         return true;
     }

@@ -77,7 +77,6 @@ public:
     // The bytes written and the members read by this expander since it was made (or since
     // ResetScanTotal).
     int64_t scanTotal() const { return m_scanTotal; }
-    int64_t scanMembers() const { return m_scanMembers; }
     void ResetScanTotal()
     {
         m_scanTotal = 0;

@@ -209,8 +209,9 @@ bool IsInExtractFolder(const QString &path)
 
 QString FileIconKey(const QString &path, int occurrence)
 {
-    QString key;
-    const bool inArchive = IsInExtractFolder(path);
+    // The archive mark wins, and stands even when the file cannot be looked at.
+    if (IsInExtractFolder(path))
+        return QStringLiteral("Zip");
     // A file that is not there (any more) is simply not marked hidden; one that cannot be looked at is told.
     const StoredFileInfo info = InfoOf(path, occurrence);
     if (info.error != 0 && info.error != ENOENT) {
@@ -218,14 +219,9 @@ QString FileIconKey(const QString &path, int occurrence)
                             : info.error == ENOTDIR                     ? VbErr::PathNotFound
                                                                         : VbErr::DeviceIOError;
         MsgBox(QStringLiteral("Error ") + QString::number(number) + QStringLiteral(" occured."), vbExclamation);
-        return key;
+        return QString();
     }
-    const bool hidden = info.hidden;
-    if (inArchive)
-        key = QStringLiteral("Zip");
-    else if (hidden)
-        key = QStringLiteral("Hidden");
-    return key;
+    return info.hidden ? QStringLiteral("Hidden") : QString();
 }
 
 bool IsVideoFile(const QString &path)
