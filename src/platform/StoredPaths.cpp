@@ -475,7 +475,8 @@ QList<ListedFile> FilesInWalkOrder()
     return out;
 }
 
-QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QByteArrayView head)> &test, int threads)
+QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QByteArrayView head)> &test, int threads,
+                                      const std::atomic<bool> *stop)
 {
     Registry &r = registry();
     r.index();
@@ -483,7 +484,7 @@ QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QB
     const auto work = [&](qsizetype from, qsizetype to, QList<qsizetype> &out) {
         QByteArray head(headBytes, Qt::Uninitialized);
         int dir = -1, dirFolder = -1;
-        for (qsizetype i = from; i < to; ++i) {
+        for (qsizetype i = from; i < to && !(stop && *stop); ++i) {
             const Entry &e = r.entries[i];
             int64_t n = -1;
             if (e.node >= 0) {

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -78,7 +79,7 @@ QList<ListedFile> FilesInWalkOrder();
 // file read only as far as its head, by as many threads side by side. It only reads what the walk
 // registered: other threads may look files up meanwhile, none may register any.
 QList<qsizetype> FilesWhoseHeadPasses(int headBytes, const std::function<bool(QByteArrayView head)> &test,
-                                      int threads = 2);
+                                      int threads = 2, const std::atomic<bool> *stop = nullptr);
 
 // What the screens and the report need to know of a listed file without opening it.
 struct StoredFileInfo {

@@ -209,7 +209,7 @@ ExeEvaluation EvaluateExecutables(const QStringList &mediaFiles, const QString &
                                         !known      ? ExeVerdict::Unknown
                                         : licensed ? ExeVerdict::Licensed
                                                    : ExeVerdict::Unlicensed,
-                                        appName, known ? appId : QVariant()});
+                                        appName, appId});
                 if (!known)
                     result.unknown.append(Unknown(path, n));
                 else if (!appName.isEmpty())
@@ -244,8 +244,9 @@ QList<NameVerdict> JudgeNames(const QStringList &exeNames, const QString &client
         catalogue.load(components, licences);
     CloseDatabase();
     for (const QString &name : exeNames) {
+        // A program that gives no name is no component, even where a component's name is empty.
         NameVerdict v;
-        v.known = catalogue.judge(name, v.application, v.licensed, &v.applicationId);
+        v.known = !name.isEmpty() && catalogue.judge(name, v.application, v.licensed, &v.applicationId);
         out.append(v);
     }
     return out;

@@ -130,7 +130,7 @@ namespace {
 constexpr int HeadBytes = 512;
 } // namespace
 
-QList<qsizetype> FilesMarkedAsPrograms(int threads)
+QList<qsizetype> FilesMarkedAsPrograms(int threads, const std::atomic<bool> *stop)
 {
     return FilesWhoseHeadPasses(
         HeadBytes,
@@ -145,7 +145,7 @@ QList<qsizetype> FilesMarkedAsPrograms(int threads)
                     return true;
             return false;
         },
-        threads);
+        threads, stop);
 }
 
 QList<ProgramFile> ExaminePrograms(const QList<ListedFile> &files, const QList<qsizetype> &marked)

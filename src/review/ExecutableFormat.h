@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 
@@ -38,6 +39,6 @@ struct ProgramFile {
 };
 struct ListedFile;
 // The two steps: the files whose first bytes carry a program's mark (only reads the files; it may run
-// beside other work), then each of those examined (versions read; not beside other work).
-QList<qsizetype> FilesMarkedAsPrograms(int threads = 2);
+// beside other work, and stops early when `stop` is set), then each of those examined (versions read; not beside other work).
+QList<qsizetype> FilesMarkedAsPrograms(int threads = 2, const std::atomic<bool> *stop = nullptr);
 QList<ProgramFile> ExaminePrograms(const QList<ListedFile> &files, const QList<qsizetype> &marked);

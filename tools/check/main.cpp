@@ -31,11 +31,13 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QScopeGuard>
 
+#include <algorithm>
 #include <atomic>
-#include <future>
 #include <csignal>
 #include <cstdio>
+#include <future>
 
 #include <dirent.h>
 #include <unistd.h>
@@ -81,7 +83,9 @@ const char *const Help =
     "                           to standard error)\n"
     "  --fail-on unlicensed|unknown\n"
     "                           after the report (and the record) are written, exit 10 when an un-licensed\n"
-    "                           application is on the volume; with unknown, also 11 when an unknown program is\n"
+    "                           application is on the volume (an .EXE, or a program under another name whose\n"
+    "                           original file name the catalogue knows); with unknown, also 11 when an\n"
+    "                           unknown .EXE is on the volume\n"
     "  -h, --help               this text\n"
     "\n"
     "The application folder is the program's folder, or $KEVRO_HOME when set. The report's path is printed\n"
@@ -424,7 +428,11 @@ int main(int argc, char **argv)
     // Programs under other names than ".EXE" are told by their headers: every file's first bytes are read
     // on a core of their own while the judgement and the report go on.
     const QList<ListedFile> listed = FilesInWalkOrder();
-    std::future<QList<qsizetype>> marked = std::async(std::launch::async, [] { return FilesMarkedAsPrograms(1); });
+    std::atomic<bool> stopHeads{false};
+    std::future<QList<qsizetype>> marked =
+        std::async(std::launch::async, [&] { return FilesMarkedAsPrograms(1, &stopHeads); });
+    // A job that ends early (a failure, Ctrl+C) does not wait for the heads of the whole disc.
+    const auto endHeads = qScopeGuard([&] { stopHeads = true; });
     JobResults results;
     ExeEvaluation evaluation;
     QList<ProgramFile> programs;
@@ -524,7 +532,9 @@ int main(int argc, char **argv)
     progress.finish();
     ResetExtractFolder();
     std::fprintf(args.record == QLatin1String("-") ? stderr : stdout, "%s\n", qPrintable(path));
-    if (!args.failOn.isNull() && !evaluation.unlicensed.isEmpty())
+    const bool hiddenUnlicensed =
+        std::any_of(components.cbegin(), components.cend(), [](const NameVerdict &c) { return c.known && !c.licensed; });
+    if (!args.failOn.isNull() && (!evaluation.unlicensed.isEmpty() || hiddenUnlicensed))
         return UnlicensedOnVolume;
     if (args.failOn == QLatin1String("unknown") && !evaluation.unknown.isEmpty())
         return UnknownOnVolume;
