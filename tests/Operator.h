@@ -1,49 +1,32 @@
 #pragma once
 
-// What an operator does on a screen, for the test programs that drive screens: controls are found by
-// their names, and every action goes through the mouse and the keyboard as QTest delivers them.
+// What an operator does on a screen: controls found by their names, every action through QTest's mouse and keys.
 
 #include "controls/FlexGrid.h"
 
-#include <QAbstractItemView>
-#include <QAction>
-#include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QMainWindow>
-#include <QMenu>
-#include <QMenuBar>
-#include <QRadioButton>
-#include <QStyle>
-#include <QStyleOptionButton>
 #include <QTest>
+#include <QtWidgets>
 
 // The control of that name on a screen. A screen without it is a fault the test cannot go past.
 template <class T> T *Control(const QObject *screen, const char *name)
 {
     T *control = screen->findChild<T *>(QLatin1String(name));
-    if (!control)
-        qFatal("%s has no control named %s", qPrintable(screen->objectName()), name);
-    return control;
+    return control ? control : (qFatal("%s has no control named %s", qPrintable(screen->objectName()), name), nullptr);
 }
 
-// A click where an operator clicks a control: on the mark of a check box or an option button (their
-// caption may not reach the middle), in the middle of anything else.
+// A click on the mark of a check box or an option button (the caption may not reach the middle), else mid-control.
 inline void Click(QWidget *control)
 {
-    QPoint at = control->rect().center();
     QStyleOptionButton option;
     option.initFrom(control);
-    if (qobject_cast<QRadioButton *>(control))
-        at = control->style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option, control).center();
-    else if (qobject_cast<QCheckBox *>(control))
-        at = control->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, control).center();
-    QTest::mouseClick(control, Qt::LeftButton, Qt::NoModifier, at);
+    const bool radio = qobject_cast<QRadioButton *>(control), box = qobject_cast<QCheckBox *>(control);
+    const auto mark = radio ? QStyle::SE_RadioButtonIndicator : QStyle::SE_CheckBoxIndicator;
+    QTest::mouseClick(control, Qt::LeftButton, Qt::NoModifier,
+                      radio || box ? control->style()->subElementRect(mark, &option, control).center()
+                                   : control->rect().center());
 }
 
-// Opens a combo's list with a click and clicks the entry with that text. Returns false when the list
-// has no such entry.
+// Opens a combo's list and clicks the entry with that text; false when there is no such entry.
 inline bool ChooseFromList(QComboBox *combo, const QString &text)
 {
     const int index = combo->findText(text, Qt::MatchFixedString | Qt::MatchCaseSensitive);
@@ -53,8 +36,7 @@ inline bool ChooseFromList(QComboBox *combo, const QString &text)
     QAbstractItemView *list = combo->view();
     if (!QTest::qWaitForWindowExposed(list->window()))
         return false;
-    // The list ignores a release that follows its opening too closely, as a real list does.
-    QTest::qWait(QApplication::doubleClickInterval() + 20);
+    QTest::qWait(QApplication::doubleClickInterval() + 20); // as a real list, it ignores a release too soon
     const QModelIndex entry = list->model()->index(index, combo->modelColumn(), combo->rootModelIndex());
     list->scrollTo(entry);
     const QPoint at = list->visualRect(entry).center();
@@ -63,18 +45,13 @@ inline bool ChooseFromList(QComboBox *combo, const QString &text)
     return !list->isVisible() && combo->currentIndex() == index;
 }
 
-// Picks a menu entry with the mouse: the title on the menu bar, then the entry in the menu that opens.
-// Returns false when the entry is not on the screen's menu bar or its menu did not open.
+// Picks a menu entry with the mouse, title then entry; false when it is not on the menu bar or did not open.
 inline bool ClickMenu(QMainWindow *screen, const char *entryName)
 {
     auto *entry = screen->findChild<QAction *>(QLatin1String(entryName));
-    if (!entry)
-        return false;
     QMenu *menu = nullptr;
-    for (QObject *o : entry->associatedObjects()) {
-        if (auto *m = qobject_cast<QMenu *>(o))
-            menu = m;
-    }
+    for (QObject *o : entry ? entry->associatedObjects() : QObjectList())
+        menu = qobject_cast<QMenu *>(o) ? static_cast<QMenu *>(o) : menu;
     if (!menu)
         return false;
     QMenuBar *bar = screen->menuBar();
@@ -85,13 +62,10 @@ inline bool ClickMenu(QMainWindow *screen, const char *entryName)
     return !menu->isVisible();
 }
 
-// Empties a text box (or an editable combo's text) as an operator does: Home, Shift+End, Delete. (Not
-// Ctrl+A: the release of A is a letter to the type-ahead, which would complete and select anew.)
+// Empties a text box as an operator does; not with Ctrl+A, whose release the type-ahead takes for a letter.
 inline void ClearText(QWidget *box)
 {
-    QTest::keyClick(box, Qt::Key_Home);
-    QTest::keyClick(box, Qt::Key_End, Qt::ShiftModifier);
-    QTest::keyClick(box, Qt::Key_Delete);
+    QTest::keySequence(box, QKeySequence(QStringLiteral("Home, Shift+End, Del")));
 }
 
 // The middle of a grid's cell. Row 0 is the heading when the grid has one: the view's rows start below it.
