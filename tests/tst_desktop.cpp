@@ -128,9 +128,11 @@ void TestDesktop::nothingIsTickedButWhatIsOpened_data()
     QTest::addColumn<QString>("screen");
     QTest::addColumn<QString>("opened");
     QTest::addColumn<QString>("other");
-    QTest::newRow("every viewer as it comes up") << QString() << QString() << QString();
-    QTest::newRow("a click while a movie loads") << "frmScanResultsVideo" << "INTRO.MPG" << "TRAILER.AVI";
-    QTest::newRow("a click while a tune loads") << "frmScanResultsAudio" << "CHIME.WAV" << "THEME.MP3";
+    QTest::addColumn<bool>("accessKey"); // Next by Alt+N rather than by a click
+    QTest::newRow("every viewer as it comes up") << QString() << QString() << QString() << false;
+    QTest::newRow("a click while a movie loads") << "frmScanResultsVideo" << "INTRO.MPG" << "TRAILER.AVI" << false;
+    QTest::newRow("a click while a tune loads") << "frmScanResultsAudio" << "CHIME.WAV" << "THEME.MP3" << false;
+    QTest::newRow("Alt+N while a tune loads") << "frmScanResultsAudio" << "CHIME.WAV" << "THEME.MP3" << true;
 }
 
 void TestDesktop::nothingIsTickedButWhatIsOpened()
@@ -138,6 +140,7 @@ void TestDesktop::nothingIsTickedButWhatIsOpened()
     QFETCH(QString, screen);
     QFETCH(QString, opened);
     QFETCH(QString, other);
+    QFETCH(bool, accessKey);
     MsgBoxResponder boxes;
     ViewerScreen *viewer = nullptr;
     scan(m_disc, {}, screen.isEmpty() ? nullptr : qPrintable(screen), viewer);
@@ -150,7 +153,10 @@ void TestDesktop::nothingIsTickedButWhatIsOpened()
         QTimer::singleShot(0, this, [&] {
             duringTheLoad = viewer->CheckedCount() == 0 && viewer->isVisible();
             ClickRow(grid, RowOf(grid, other));
-            Click(viewer->cmdNext);
+            if (accessKey)
+                QTest::keyClick(viewer, Qt::Key_N, Qt::AltModifier);
+            else
+                Click(viewer->cmdNext);
         });
         ClickRow(grid, RowOf(grid, opened));
         QVERIFY(duringTheLoad);
