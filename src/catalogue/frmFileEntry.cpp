@@ -127,11 +127,11 @@ frmFileEntry::frmFileEntry()
     // The components are edited in the floating box; neither a row's state nor Save changes with it.
     // Only a component's cell opens it: never the heading, nor a grid with no component.
     On(gridAppComponents, &FlexGrid::DblClick, this, [this] {
-        if (componentIsCurrent())
+        if (gridAppComponents->CurrentIsDataRow())
             FlexGridEditStart(gridAppComponents, txtEdit, vbKeySpace);
     });
     On(gridAppComponents, &FlexGrid::KeyPress, this, [this](int keyAscii) {
-        if (componentIsCurrent())
+        if (gridAppComponents->CurrentIsDataRow())
             FlexGridEditStart(gridAppComponents, txtEdit, keyAscii);
     });
     On(gridAppComponents, &FlexGrid::LeaveCell, this, [this] { commitCellEdit(); });
@@ -234,12 +234,6 @@ void frmFileEntry::commitCellEdit()
     txtEdit->hide();
 }
 
-bool frmFileEntry::componentIsCurrent() const
-{
-    const FlexGrid *g = gridAppComponents;
-    return g->Rows() > g->FixedRows() && g->Row() >= g->FixedRows();
-}
-
 bool frmFileEntry::GridIsFullyPopulated() const
 {
     for (int r = 1; r < gridAppComponents->Rows(); ++r)
@@ -261,7 +255,7 @@ void frmFileEntry::CheckClipboardForUrl()
 void frmFileEntry::cmdDelete_Click()
 {
     FlexGrid *g = gridAppComponents;
-    if (!componentIsCurrent())
+    if (!gridAppComponents->CurrentIsDataRow())
         return;
     if (MsgBox(QStringLiteral("Are you sure you want to delete this component?"), vbYesNo | vbExclamation) != vbYes)
         return;

@@ -61,8 +61,6 @@ private:
     void saveApplication();
     void saveComponents(const QString &appKey);
     QString componentInsert(const QString &appKey, int row) const;
-    // A component row, not the heading, is the current row.
-    bool componentIsCurrent() const;
 
     HoverPictures *m_faces;
     // The key of the application an earlier save of this screen added: a save that failed after the

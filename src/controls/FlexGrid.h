@@ -47,6 +47,8 @@ public:
     // True while RowColChange comes from the operator: a click on a cell or a key that moves the current
     // cell. Code that sets Row or Col, a fill, a sort, focus or the window's activation move it otherwise.
     bool MovedByOperator() const { return m_byOperator; }
+    // The current row is a row of data, not a heading (and the grid has one).
+    bool CurrentIsDataRow() const { return Rows() > FixedRows() && Row() >= FixedRows(); }
     void setRow(int row);
     int Col() const { return m_col; }
     void setCol(int col);

@@ -299,7 +299,7 @@ void ViewerScreen::TickRow()
 void ViewerScreen::rowChanged()
 {
     // Only the operator opens a row: focus, activation, a fill, a sort or code moving the row open nothing.
-    if (m_busy || !m_grid->MovedByOperator() || m_grid->Rows() < 2 || m_grid->Row() < 1)
+    if (m_busy || !m_grid->MovedByOperator() || !m_grid->CurrentIsDataRow())
         return;
     const QScopedValueRollback<bool> busy(m_busy, true);
     OpenRow();
@@ -318,7 +318,7 @@ void ViewerScreen::OpenRow()
 
 bool ViewerScreen::HasDataRow() const
 {
-    return m_grid->Rows() > 1 && m_grid->Row() >= 1;
+    return m_grid->CurrentIsDataRow();
 }
 
 void ViewerScreen::gridMouseUp(int button)
