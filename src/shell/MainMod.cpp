@@ -130,6 +130,13 @@ bool FileExists(const QString &path, int occurrence)
 }
 
 namespace {
+// A size as the volume's total counts it: only the low 32 bits, read as a signed number (sizes of 2 GiB and
+// more come out wrong).
+double countedSize(int64_t size)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(size) & 0xFFFFFFFFu));
+}
+
 // The regular files below a folder, as the scan sees a volume: links, pipes and devices are no files
 // of it, and KEVRO's own folders are no part of it.
 double folderSize(const QString &folder, const QStringList &own)
@@ -144,15 +151,14 @@ double folderSize(const QString &folder, const QStringList &own)
         if (e.isSymLink())
             continue;
         if (e.isDir()) {
-            if (!own.contains(e.absoluteFilePath()))
+            // KEVRO's folders are told by their real path, whatever road the volume's path took.
+            if (!own.contains(e.canonicalFilePath()))
                 total += folderSize(e.absoluteFilePath(), own);
             continue;
         }
         if (!e.isFile())
             continue;
-        // Only the low 32 bits, read as a signed number: sizes of 2 GiB and more come out wrong.
-        const auto low = static_cast<uint32_t>(static_cast<uint64_t>(e.size()) & 0xFFFFFFFFu);
-        total += static_cast<int32_t>(low);
+        total += countedSize(e.size());
     }
     return total;
 }
@@ -170,7 +176,7 @@ double FolderSizeBytes(const QString &folder)
         // A disc image: its files as the walk listed them, counted as a folder's files are.
         double total = 0;
         for (const int64_t size : ImageFileSizes())
-            total += static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(size) & 0xFFFFFFFFu));
+            total += countedSize(size);
         return total;
     }
     return folderSize(folder, {QDir(AppPath()).canonicalPath(), QDir(ExtractFolder()).canonicalPath()});
