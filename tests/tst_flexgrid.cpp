@@ -248,7 +248,7 @@ void TestFlexGrid::keyCodesOfRealKeys()
         {Qt::Key_ParenLeft, "(", shift, vbKey9},     {Qt::Key_ParenRight, ")", shift, vbKey0},
         {Qt::Key_Ampersand, "&", shift, 55},         {Qt::Key_Apostrophe, "'", none, vbKeyOemQuote},
         {Qt::Key_QuoteDbl, "\"", shift, vbKeyOemQuote}, {Qt::Key_Period, ".", none, vbKeyOemPeriod},
-        {Qt::Key_Minus, "-", none, vbKeyOemMinus},   {Qt::Key_Plus, "+", shift, vbKeyOemPlus},
+        {Qt::Key_Minus, "-", none, vbKeyOemMinus},   {Qt::Key_Percent, "%", shift, 53},
         {Qt::Key_Asterisk, "*", pad, vbKeyMultiply}, {Qt::Key_7, "7", pad, vbKeyNumpad0 + 7},
         {Qt::Key_Z, "Z", shift, vbKeyZ},             {Qt::Key_5, "5", none, 53},
         {Qt::Key_Adiaeresis, "Ä", shift, vbKeyPacket}, {Qt::Key_Right, "", none, vbKeyRight},
