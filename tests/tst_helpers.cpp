@@ -100,7 +100,8 @@ void TestHelpers::fileIconKey()
 {
     MsgBoxResponder boxes;
     // The archive mark wins over the hidden one.
-    QCOMPARE(FileIconKey(WriteTestFile(ExtractFolder() + "/DISC/SETUP.ZIP/.hidden.txt", "x").toUpper()), QString("Zip"));
+    const QString member = WriteTestFile(ExtractFolder() + "/DISC/SETUP.ZIP/.hidden.txt", "x");
+    QCOMPARE(FileIconKey(member.toUpper()), QString("Zip"));
     QCOMPARE(FileIconKey(WriteTestFile(m_app.file("disc/.secret.exe"), "x").toUpper()), QString("Hidden"));
     QCOMPARE(FileIconKey(WriteTestFile(m_app.file("disc/plain.exe"), "x").toUpper()), QString(""));
     // Missing and empty names are passed over without a message.
