@@ -1,6 +1,5 @@
 // The grid as the screens drive it: block writes into a selection, sorts, cell pictures, rows added and
-// removed, the mouse, and in-cell editing. (The review screens' fill in blocks, with its overlap, is
-// driven through the real screens in tst_viewers.)
+// removed, the mouse, and in-cell editing. (The review screens' fill in blocks is in tst_viewers.)
 
 #include "TestSupport.h"
 
@@ -13,10 +12,8 @@
 #include "shell/MainModScreens.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QSignalSpy>
 #include <QTest>
 
 class TestFlexGrid final : public QObject
@@ -27,18 +24,18 @@ private Q_SLOTS:
     void sorts();
     void picturesAndRowDataTravelWithRows();
     void rowsAddedAndRemoved();
-    void mouseOverHeadingAndRows();
+    void dragAndBelowTheLastRow();
     void inCellEditing();
-    void keyCodesOfRealKeys_data();
     void keyCodesOfRealKeys();
     void punctuationTypedInTheEditBox();
 
 private:
-    static QPixmap dot(Qt::GlobalColor c)
+    static QStringList column(const FlexGrid &grid, int c)
     {
-        QPixmap p(8, 8);
-        p.fill(c);
-        return p;
+        QStringList out;
+        for (int r = 1; r < grid.Rows(); ++r)
+            out << grid.TextMatrix(r, c);
+        return out;
     }
     // A grid on a form with the edit box the catalogue screens place over its current cell.
     struct EditingForm {
@@ -69,51 +66,35 @@ void TestFlexGrid::clipWritesIntoTheSelection()
     grid.setCol(1);
     grid.setRowSel(2);
     grid.setColSel(2);
-    QCOMPARE(grid.Clip(), QString("11\t12\r21\t22"));
     // Columns and rows past the selection are dropped; cells the text does not reach keep their text.
     grid.setClip("a\tb\tEXTRA\rc\rDROPPED\tROW");
-    QCOMPARE(grid.TextMatrix(1, 1), QString("a"));
-    QCOMPARE(grid.TextMatrix(1, 2), QString("b"));
-    QCOMPARE(grid.TextMatrix(1, 3), QString("13"));
-    QCOMPARE(grid.TextMatrix(2, 1), QString("c"));
-    QCOMPARE(grid.TextMatrix(2, 2), QString("22"));
-    QCOMPARE(grid.TextMatrix(3, 1), QString("31"));
+    grid.setRowSel(3);
+    grid.setColSel(3);
+    QCOMPARE(grid.Clip(), QString("a\tb\t13\rc\t22\t23\r31\t32\t33"));
     // Setting Row and Col makes the current cell the selection again.
     grid.setRow(3);
     grid.setCol(0);
-    QCOMPARE(grid.RowSel(), 3);
-    QCOMPARE(grid.ColSel(), 0);
     QCOMPARE(grid.Clip(), QString("30"));
 }
 
 void TestFlexGrid::sorts()
 {
+    // Numeric sorts read the leading number of the size text; whole rows move, the heading row stays.
     FlexGrid grid;
     grid.setCols(3);
     grid.setRows(1);
-    grid.setTextMatrix(0, 1, "File Name");
     grid.setTextMatrix(0, 2, "File Size");
     for (const auto &[name, size] : {std::pair{"beta.txt", "10 KB"}, {"Alpha.txt", "9 KB"}, {"gamma.txt", "100 KB"},
                                      {"10", "0 KB"}, {"9", "1 KB"}})
         grid.AddItem(QString("\t%1\t%2").arg(name, size));
-    auto column = [&](int c) {
-        QStringList out;
-        for (int r = 1; r < grid.Rows(); ++r)
-            out << grid.TextMatrix(r, c);
-        return out;
-    };
-    // Numeric sorts read the leading number of the size text; whole rows move, the heading row stays.
     grid.setCol(2);
     grid.setSort(FlexGrid::flexSortNumericAscending);
-    QCOMPARE(column(2), (QStringList{"0 KB", "1 KB", "9 KB", "10 KB", "100 KB"}));
-    QCOMPARE(column(1), (QStringList{"10", "9", "Alpha.txt", "beta.txt", "gamma.txt"}));
-    grid.setSort(FlexGrid::flexSortNumericDescending);
-    QCOMPARE(column(2), (QStringList{"100 KB", "10 KB", "9 KB", "1 KB", "0 KB"}));
-    QCOMPARE(grid.TextMatrix(0, 1), QString("File Name"));
+    QCOMPARE(column(grid, 2), (QStringList{"0 KB", "1 KB", "9 KB", "10 KB", "100 KB"}));
+    QCOMPARE(column(grid, 1), (QStringList{"10", "9", "Alpha.txt", "beta.txt", "gamma.txt"}));
 
     // Generic sorts: numbers as numbers, words without regard to case, one order whatever order the rows
-    // come in, the heading row where it is. Texts that start with a digit ("1A") or with punctuation stay
-    // texts, after every number; so does " nan", which reads as a number that orders against none.
+    // come in. Texts that start with a digit ("1A") or with punctuation stay texts, after every number;
+    // so does " nan", which reads as a number that orders against none.
     const QStringList mixed{"9", "1A", "10", "!note", "2", "a", "B", "10", "-3", " nan", "1.5"};
     const QStringList expected{"-3", "1.5", "2", "9", "10", "10", " nan", "!note", "1A", "a", "B"};
     const int n = int(mixed.size()); // a prime: every step below walks through all of the rows
@@ -126,37 +107,30 @@ void TestFlexGrid::sorts()
                 g.AddItem(mixed[(start + i * step) % n]);
             g.setCol(0);
             g.setSort(FlexGrid::flexSortGenericAscending);
-            QStringList got;
-            for (int r = 1; r < g.Rows(); ++r)
-                got << g.TextMatrix(r, 0);
-            QCOMPARE(got, expected);
-            // Descending is the same order reversed, equal rows keeping the order they came in.
+            QCOMPARE(column(g, 0), expected);
             g.setSort(FlexGrid::flexSortGenericDescending);
-            QStringList down;
-            for (int r = 1; r < g.Rows(); ++r)
-                down.prepend(g.TextMatrix(r, 0));
+            QStringList down = column(g, 0);
+            std::reverse(down.begin(), down.end());
             QCOMPARE(down, expected);
         }
 }
 
 void TestFlexGrid::picturesAndRowDataTravelWithRows()
 {
-    {
-        // An alignment set before the cell has its picture holds for the picture set afterwards.
-        FlexGrid early;
-        early.setCols(2);
-        early.setRows(2);
-        early.setRow(1);
-        early.setCol(1);
-        early.setCellPictureAlignment(FlexGrid::flexAlignRightCenter);
-        QVERIFY(!early.HasCellPicture(1, 1));
-        early.setCellPicture(dot(Qt::red));
-        QCOMPARE(early.CellPictureAlignment(), int(FlexGrid::flexAlignRightCenter));
-        early.setCellPicture(QPixmap());
-        QVERIFY(!early.HasCellPicture(1, 1));
-        early.setCellPicture(dot(Qt::blue));
-        QCOMPARE(early.CellPictureAlignment(), int(FlexGrid::flexAlignRightCenter));
-    }
+    // An alignment set before the cell has its picture holds for the pictures set afterwards.
+    QPixmap dot(8, 8);
+    dot.fill(Qt::red);
+    FlexGrid early;
+    early.setCols(2);
+    early.setRows(2);
+    early.setRow(1);
+    early.setCol(1);
+    early.setCellPictureAlignment(FlexGrid::flexAlignRightCenter);
+    early.setCellPicture(dot);
+    early.setCellPicture(QPixmap());
+    QVERIFY(!early.HasCellPicture(1, 1));
+    early.setCellPicture(dot);
+    QCOMPARE(early.CellPictureAlignment(), int(FlexGrid::flexAlignRightCenter));
 
     FlexGrid grid;
     grid.setCols(3);
@@ -169,15 +143,12 @@ void TestFlexGrid::picturesAndRowDataTravelWithRows()
     grid.setRow(1);
     grid.setCol(0);
     grid.setText("");
-    grid.setCellPicture(dot(Qt::yellow));
-    QVERIFY(grid.HasCellPicture(1, 0));
-    QVERIFY(!grid.HasCellPicture(2, 0));
+    grid.setCellPicture(dot);
     grid.setCol(2);
     grid.setSort(FlexGrid::flexSortGenericAscending);
     // B.EXE moved to row 2 with its picture.
     QCOMPARE(grid.TextMatrix(2, 2), QString("B.EXE"));
-    QVERIFY(grid.HasCellPicture(2, 0));
-    QVERIFY(!grid.HasCellPicture(1, 0));
+    QVERIFY(grid.HasCellPicture(2, 0) && !grid.HasCellPicture(1, 0));
     QCOMPARE((QList<long>{grid.RowData(1), grid.RowData(2), grid.RowData(3)}), (QList<long>{20, 10, 30}));
     grid.RemoveItem(1);
     QVERIFY(grid.HasCellPicture(1, 0));
@@ -191,71 +162,45 @@ void TestFlexGrid::picturesAndRowDataTravelWithRows()
 void TestFlexGrid::rowsAddedAndRemoved()
 {
     FlexGrid grid;
-    QCOMPARE(grid.Rows(), 2);
-    QCOMPARE(grid.Cols(), 2);
-    QCOMPARE(grid.FixedRows(), 1);
+    QVERIFY(grid.Rows() == 2 && grid.Cols() == 2 && grid.FixedRows() == 1);
     grid.setCols(3);
     grid.AddItem("a\tb\tc\td"); // the extra field is dropped
-    QCOMPARE(grid.Rows(), 3);
     QCOMPARE(grid.TextMatrix(2, 2), QString("c"));
     grid.AddItem("first", 1);
     QCOMPARE(grid.TextMatrix(1, 0), QString("first"));
     grid.setRows(0);
-    QCOMPARE(grid.Rows(), 0);
     QCOMPARE(grid.FixedRows(), 0);
-    try {
-        grid.TextMatrix(0, 0);
-        QFAIL("no such cell");
-    } catch (const VbError &e) {
-        QCOMPARE(e.number, 381L);
-    }
-    try {
-        grid.setRow(5);
-        QFAIL("no such row");
-    } catch (const VbError &e) {
-        QCOMPARE(e.number, long(VbErr::InvalidRowValue));
-    }
-    grid.setRows(3);
+    const auto errorOf = [](const std::function<void()> &use) {
+        try {
+            use();
+        } catch (const VbError &e) {
+            return e.number;
+        }
+        return 0L;
+    };
+    QCOMPARE(errorOf([&] { grid.TextMatrix(0, 0); }), 381L);
+    QCOMPARE(errorOf([&] { grid.setRow(5); }), long(VbErr::InvalidRowValue));
     grid.setColWidth(1, 0);
     QVERIFY(grid.isColumnHidden(1));
     grid.setColWidth(1, 1500);
     QVERIFY(!grid.isColumnHidden(1));
-    QCOMPARE(grid.ColWidth(1), 1500L);
 }
 
-void TestFlexGrid::mouseOverHeadingAndRows()
+void TestFlexGrid::dragAndBelowTheLastRow()
 {
+    // (Clicks on the heading and on rows are the review screens' daily work: tst_viewers, tst_review.)
     FlexGrid grid;
     grid.setCols(3);
     grid.setRows(1);
     for (int i = 0; i < 6; ++i)
         grid.AddItem(QString("x\t/D/%1\t%1").arg(i));
-    grid.setTextMatrix(0, 1, "Path");
     grid.resize(400, 300);
     grid.show();
     QVERIFY(QTest::qWaitForWindowExposed(&grid));
-    QSignalSpy ups(&grid, &FlexGrid::MouseUp);
-    QSignalSpy changes(&grid, &FlexGrid::RowColChange);
-
-    // A click on the heading: MouseRow 0, the column under the mouse.
-    QWidget *header = grid.horizontalHeader()->viewport();
-    QTest::mouseClick(header, Qt::LeftButton, {},
-                      QPoint(grid.columnViewportPosition(2) + 5, header->height() / 2));
-    QCOMPARE(grid.MouseRow(), 0);
-    QCOMPARE(grid.MouseCol(), 2);
-    QCOMPARE(ups.size(), 1);
-    QCOMPARE(ups[0][0].toInt(), 1);
-
-    // A click on the third data row makes it the current row.
-    const QPoint third(grid.columnViewportPosition(1) + 5, grid.rowViewportPosition(2) + 3);
-    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, third);
-    QCOMPARE(grid.Row(), 3);
-    QCOMPARE(grid.Col(), 1);
-    QCOMPARE(grid.MouseRow(), 3);
-    QVERIFY(!changes.isEmpty());
-
     // Dragging down stretches the selection; the current row stays until the screen moves it.
+    const QPoint third(grid.columnViewportPosition(1) + 5, grid.rowViewportPosition(2) + 3);
     const QPoint fifth(third.x(), grid.rowViewportPosition(4) + 3);
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, third);
     QTest::mousePress(grid.viewport(), Qt::LeftButton, {}, third);
     QMouseEvent move(QEvent::MouseMove, fifth, grid.viewport()->mapToGlobal(fifth), Qt::NoButton, Qt::LeftButton,
                      Qt::NoModifier);
@@ -263,7 +208,6 @@ void TestFlexGrid::mouseOverHeadingAndRows()
     QTest::mouseRelease(grid.viewport(), Qt::LeftButton, {}, fifth);
     QCOMPARE(grid.Row(), 3);
     QCOMPARE(grid.RowSel(), 5);
-
     // Below the last row the mouse counts as over the last row.
     QTest::mouseClick(grid.viewport(), Qt::RightButton, {}, QPoint(5, grid.viewport()->height() - 2));
     QCOMPARE(grid.MouseRow(), grid.Rows() - 1);
@@ -271,6 +215,7 @@ void TestFlexGrid::mouseOverHeadingAndRows()
 
 void TestFlexGrid::inCellEditing()
 {
+    // (A letter that starts the text over is the catalogue screens' way in: tst_catalogue_screens.)
     EditingForm f;
     FlexGrid *grid = f.grid;
     QLineEdit *edit = f.edit;
@@ -278,23 +223,13 @@ void TestFlexGrid::inCellEditing()
     QVERIFY(QTest::qWaitForWindowExposed(&f.form));
     grid->setRow(2);
     grid->setCol(1);
-
-    // A key at or below 32 edits the cell's own text with the caret at its end...
+    // A key at or below 32 edits the cell's own text with the caret at its end.
     FlexGridEditStart(grid, edit, vbKeyAsciiReturn);
     QCOMPARE(edit->text(), QString("Microsoft"));
     QCOMPARE(edit->cursorPosition(), 9);
     QVERIFY(edit->isVisible());
-    // ...placed over the cell, a little smaller than it.
-    QCOMPARE(LeftTw(edit), LeftTw(grid) + grid->CellLeft());
-    QCOMPARE(TopTw(edit), TopTw(grid) + grid->CellTop());
-    QVERIFY(WidthTw(edit) <= grid->CellWidth());
-    // Any other key starts the text over with that character.
-    FlexGridEditStart(grid, edit, 'M');
-    QCOMPARE(edit->text(), QString("M"));
-    QCOMPARE(edit->cursorPosition(), 1);
 
     FlexGridEditKeyCode(grid, edit, vbKeyDown, 0);
-    QCOMPARE(grid->Row(), 3);
     FlexGridEditKeyCode(grid, edit, vbKeyDown, 0); // the last row stays
     QCOMPARE(grid->Row(), 3);
     grid->setRow(1);
@@ -304,56 +239,30 @@ void TestFlexGrid::inCellEditing()
     QVERIFY(!edit->isVisible());
 }
 
-void TestFlexGrid::keyCodesOfRealKeys_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<int>("code");
-    const int none = Qt::NoModifier, shift = Qt::ShiftModifier, pad = Qt::KeypadModifier;
-    // Punctuation lands on the key that carries it, never on the navigation codes 33 to 46.
-    QTest::newRow("(") << int(Qt::Key_ParenLeft) << "(" << shift << int(vbKey9);
-    QTest::newRow(")") << int(Qt::Key_ParenRight) << ")" << shift << int(vbKey0);
-    QTest::newRow("&") << int(Qt::Key_Ampersand) << "&" << shift << 55;
-    QTest::newRow("!") << int(Qt::Key_Exclam) << "!" << shift << 49;
-    QTest::newRow("*") << int(Qt::Key_Asterisk) << "*" << shift << 56;
-    QTest::newRow("'") << int(Qt::Key_Apostrophe) << "'" << none << int(vbKeyOemQuote);
-    QTest::newRow("\"") << int(Qt::Key_QuoteDbl) << "\"" << shift << int(vbKeyOemQuote);
-    QTest::newRow(".") << int(Qt::Key_Period) << "." << none << int(vbKeyOemPeriod);
-    QTest::newRow(",") << int(Qt::Key_Comma) << "," << none << int(vbKeyOemComma);
-    QTest::newRow("-") << int(Qt::Key_Minus) << "-" << none << int(vbKeyOemMinus);
-    QTest::newRow("/") << int(Qt::Key_Slash) << "/" << none << int(vbKeyOemSlash);
-    QTest::newRow("+") << int(Qt::Key_Plus) << "+" << shift << int(vbKeyOemPlus);
-    QTest::newRow("%") << int(Qt::Key_Percent) << "%" << shift << 53;
-    QTest::newRow("pad *") << int(Qt::Key_Asterisk) << "*" << pad << int(vbKeyMultiply);
-    QTest::newRow("pad 7") << int(Qt::Key_7) << "7" << pad << vbKeyNumpad0 + 7;
-    QTest::newRow("pad .") << int(Qt::Key_Period) << "." << pad << int(vbKeyDecimal);
-    QTest::newRow("a") << int(Qt::Key_A) << "a" << none << int(vbKeyA);
-    QTest::newRow("Z") << int(Qt::Key_Z) << "Z" << shift << int(vbKeyZ);
-    QTest::newRow("5") << int(Qt::Key_5) << "5" << none << 53;
-    QTest::newRow("Ä") << int(Qt::Key_Adiaeresis) << "Ä" << shift << int(vbKeyPacket);
-    QTest::newRow("Up") << int(Qt::Key_Up) << "" << none << int(vbKeyUp);
-    QTest::newRow("Right") << int(Qt::Key_Right) << "" << none << int(vbKeyRight);
-    QTest::newRow("Down") << int(Qt::Key_Down) << "" << none << int(vbKeyDown);
-    QTest::newRow("Delete") << int(Qt::Key_Delete) << "" << none << int(vbKeyDelete);
-    QTest::newRow("Return") << int(Qt::Key_Return) << "\r" << none << int(vbKeyReturn);
-    QTest::newRow("Escape") << int(Qt::Key_Escape) << "" << none << int(vbKeyEscape);
-    QTest::newRow("F5") << int(Qt::Key_F5) << "" << none << vbKeyF1 + 4;
-}
-
 void TestFlexGrid::keyCodesOfRealKeys()
 {
-    QFETCH(int, key);
-    QFETCH(QString, text);
-    QFETCH(int, modifiers);
-    QFETCH(int, code);
+    const int none = Qt::NoModifier, shift = Qt::ShiftModifier, pad = Qt::KeypadModifier;
+    // Punctuation lands on the key that carries it, never on the navigation codes 33 to 46 that its
+    // character's own code would name.
+    const QList<std::tuple<int, QString, int, int>> keys{
+        {Qt::Key_ParenLeft, "(", shift, vbKey9},     {Qt::Key_ParenRight, ")", shift, vbKey0},
+        {Qt::Key_Ampersand, "&", shift, 55},         {Qt::Key_Apostrophe, "'", none, vbKeyOemQuote},
+        {Qt::Key_QuoteDbl, "\"", shift, vbKeyOemQuote}, {Qt::Key_Period, ".", none, vbKeyOemPeriod},
+        {Qt::Key_Minus, "-", none, vbKeyOemMinus},   {Qt::Key_Percent, "%", shift, 53},
+        {Qt::Key_Asterisk, "*", pad, vbKeyMultiply}, {Qt::Key_7, "7", pad, vbKeyNumpad0 + 7},
+        {Qt::Key_Z, "Z", shift, vbKeyZ},             {Qt::Key_5, "5", none, 53},
+        {Qt::Key_Adiaeresis, "Ä", shift, vbKeyPacket}, {Qt::Key_Right, "", none, vbKeyRight},
+        {Qt::Key_Delete, "", none, vbKeyDelete},     {Qt::Key_F5, "", none, vbKeyF1 + 4}};
     QLineEdit box;
     QList<int> codes;
     OnKeyDown(&box, [&](int c, int) { codes.append(c); });
     box.show();
-    QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers), text);
-    QApplication::sendEvent(&box, &press);
-    QCOMPARE(codes, QList<int>{code});
+    for (const auto &[key, text, modifiers, code] : keys) {
+        codes.clear();
+        QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers), text);
+        QApplication::sendEvent(&box, &press);
+        QVERIFY2(codes == QList<int>{code}, qPrintable(QString("key %1 gave %2").arg(key, 0, 16).arg(codes.value(0))));
+    }
 }
 
 void TestFlexGrid::punctuationTypedInTheEditBox()
@@ -377,26 +286,20 @@ void TestFlexGrid::punctuationTypedInTheEditBox()
     // '(' was the Down arrow's code: now it is typed, on the grid and in the box, and nothing moves.
     QTest::keyClick(grid, '(');
     QVERIFY(edit->isVisible() && edit->hasFocus());
-    QCOMPARE(edit->text(), QString("("));
     QTest::keyClicks(edit, "O'Brien & Sons). Ltd!*+,-/\"");
     QCOMPARE(edit->text(), QString("(O'Brien & Sons). Ltd!*+,-/\""));
-    QCOMPARE(grid->Row(), 2);
-    QCOMPARE(grid->Col(), 2);
-    QVERIFY(edit->hasFocus());
-
+    QVERIFY(grid->Row() == 2 && grid->Col() == 2 && edit->hasFocus());
     // The real arrows still move.
     QTest::keyClick(edit, Qt::Key_Down);
     QCOMPARE(grid->Row(), 3);
     QVERIFY(grid->hasFocus());
 
-    // Right in the last column is tried and fails as the original's did: the platform's message, and
-    // the end of the program; the failure does not escape into the event loop.
+    // Right in the last column fails: the platform's message and the end, caught inside the key's handler.
     MsgBoxResponder boxes;
     boxes.queue(vbOK);
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     QTest::mouseClick(edit, Qt::LeftButton);
-    QVERIFY(edit->hasFocus());
     QTest::keyClick(edit, Qt::Key_Right);
     SetEndProcessHook(nullptr);
     QCOMPARE(boxes.prompts(), QStringList{"Run-time error '30010':\n\nInvalid Col value"});

@@ -1,20 +1,18 @@
 // The review screens of one kind of file, as an operator uses them: the fill in blocks of 500 with its
-// kept overwrite, the marks, a tick on opening and none on a failed open or a second visit, the heading
-// sorts, the chain of screens with its asymmetric tests, and the checked number on the summary.
+// kept overwrite, a tick on opening and none on a second visit, texts that are no plain text, the
+// heading sorts, the default viewer, and the checked number on the summary.
 
-#include "CatalogueFixture.h"
 #include "DiscFixture.h"
 #include "Operator.h"
 #include "TestSupport.h"
 
 #include "controls/FlexGrid.h"
 #include "controls/Forms.h"
+#include "controls/PictureView.h"
 #include "platform/MsgBox.h"
 #include "platform/ShellOpen.h"
 #include "platform/VbError.h"
 #include "reporting/frmScanSummary.h"
-#include "review/frmScanResultsEXEs.h"
-#include "controls/PictureView.h"
 #include "review/frmFullScreenViewer.h"
 #include "review/frmScanResultsImages.h"
 #include "review/frmScanResultsOther.h"
@@ -25,8 +23,6 @@
 #include "shell/Progress.h"
 
 #include <QCheckBox>
-#include <QEnterEvent>
-#include <QMouseEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -34,7 +30,6 @@
 #include <QPushButton>
 
 namespace {
-
 // A double click as the mouse makes it: the first press selects the row.
 void doubleClickRow(FlexGrid *grid, int row)
 {
@@ -64,7 +59,6 @@ QString addFile(Disc &disc, const QString &name, const QByteArray &contents)
     WriteTestFile(disc.root() + QLatin1Char('/') + name, contents);
     return stored;
 }
-
 } // namespace
 
 class TestViewers final : public QObject
@@ -74,22 +68,16 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
-    void textScreenFillsMarksAndTicks();
+    void textScreenSortsOpensAndTicks();
     void badTextFiles();
-    void blocksOf500_data();
     void blocksOf500();
-    void sortingAndTheChain();
     void externalScreen();
     void imageScreen();
 
 private:
-    frmScanResultsText *textScreen();
-
     TempAppFolder m_app;
-    CatalogueFixture m_catalogue;
     QStringList m_opened;
     long m_openResult = 42;
-    QStringList m_progress;
 };
 
 void TestViewers::initTestCase()
@@ -100,7 +88,6 @@ void TestViewers::initTestCase()
         m_opened << r.file;
         return m_openResult;
     });
-    QCOMPARE(m_catalogue.create(QStringLiteral("sqlite"), m_app.path()), QString());
 }
 
 void TestViewers::init()
@@ -108,7 +95,6 @@ void TestViewers::init()
     WriteIniKey("Devices", "DefaultDevice", m_app.path());
     m_opened.clear();
     m_openResult = 42;
-    m_progress.clear();
     ResetList(gMediaFiles);
     ResetList(gExternalFiles);
     ResetList(gCheckedItems);
@@ -122,87 +108,88 @@ void TestViewers::cleanup()
     Forms::unload<frmScanResultsOther>();
     Forms::unload<frmScanResultsImages>();
     Forms::unload<frmFullScreenViewer>();
-    Forms::unload<frmScanResultsEXEs>();
     Forms::unload<frmScanSummary>();
     Forms::unload<frmScanDisc>();
 }
 
-frmScanResultsText *TestViewers::textScreen()
+void TestViewers::textScreenSortsOpensAndTicks()
 {
-    auto *s = Forms::get<frmScanResultsText>();
-    s->show();
-    return s;
-}
-
-void TestViewers::textScreenFillsMarksAndTicks()
-{
+    // (The marks, the archive's tool tip, a failed open's missing tick, the summary's found numbers and
+    // where Next and Back lead are the base screen's, which tst_players checks on its screens.)
     Disc disc;
     const QString notes = addFile(disc, QStringLiteral("DOCS/NOTES.TXT"), "release notes\n");
-    for (const char *name : {"CREDITS.NFO", "SETUP.INI", "READ.ME", "INSTALL.README", "DOCS/.DRAFT.TXT"})
+    for (const char *name : {"SETUP.INI", "READ.ME", "INSTALL.README", "DOCS/.DRAFT.TXT", "PROGRAMME", "PICTURE.JPG"})
         disc.add(QLatin1String(name));
-    const QString member = disc.addMember(QStringLiteral("SETUP/DATA.ZIP/GUIDE.TXT"), 2000);
-    disc.add(QStringLiteral("PROGRAMME"));
-    disc.add(QStringLiteral("PICTURE.JPG"));
+    disc.add(QStringLiteral("CREDITS.NFO"), 9000);
+    disc.addMember(QStringLiteral("SETUP/DATA.ZIP/GUIDE.TXT"), 2000);
     gMediaFiles = disc.files();
-    auto *s = textScreen();
+    auto *s = Forms::get<frmScanResultsText>();
+    s->show();
     FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
-
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("7 text files found"));
-    QCOMPARE(Forms::get<frmScanSummary>()->lblTextTotal->text(), QStringLiteral("7"));
     QCOMPARE(column(grid, 2), (QStringList{".DRAFT.TXT", "CREDITS.NFO", "GUIDE.TXT", "INSTALL.README", "NOTES.TXT",
                                            "READ.ME", "SETUP.INI"}));
-    QCOMPARE(grid->ColWidth(1), 0L);
-    // The marks are pictures, their texts gone; a plain file has neither.
-    const int hidden = RowOf(grid, ".DRAFT.TXT"), zipped = RowOf(grid, "GUIDE.TXT"), plain = RowOf(grid, "NOTES.TXT");
-    QVERIFY(grid->HasCellPicture(hidden, 0) && grid->HasCellPicture(zipped, 0) && !grid->HasCellPicture(plain, 0));
-    QCOMPARE(grid->TextMatrix(zipped, 0), QString());
-    QCOMPARE(grid->TextMatrix(zipped, 1), member);
-    QCOMPARE(grid->TextMatrix(zipped, 3), QStringLiteral("2 KB"));
+    // The first click on a heading sorts ascending again, the second the other way; sizes by the number.
+    clickHeading(grid, 2);
+    clickHeading(grid, 2);
+    QCOMPARE(column(grid, 2).first(), QStringLiteral("SETUP.INI"));
+    clickHeading(grid, 3);
+    QCOMPARE(column(grid, 3), (QStringList(5, QStringLiteral("1 KB")) + QStringList{"2 KB", "9 KB"}));
+    clickHeading(grid, 3);
+    QCOMPARE(column(grid, 3).first(), QStringLiteral("9 KB"));
 
     // Opening a file shows it and ticks it once, however often it is visited.
+    const int plain = RowOf(grid, "NOTES.TXT");
     ClickRow(grid, plain);
     QCOMPARE(Control<QPlainTextEdit>(s, "txtSelectedText")->toPlainText(), QStringLiteral("release notes\n"));
-    QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), notes);
-    QCOMPARE(grid->ToolTipText(), notes);
     QVERIFY(grid->HasCellPicture(plain, 4));
-    QCOMPARE(gCheckedItems.size(), 1);
     QCOMPARE(gCheckedItems[0].text, notes + QStringLiteral(" (1 KB)"));
     QCOMPARE(gCheckedItems[0].kind, QStringLiteral("Text"));
-    ClickRow(grid, zipped);
-    QCOMPARE(grid->ToolTipText(), QStringLiteral("Archive file: /SETUP/DATA.ZIP/GUIDE.TXT"));
+    ClickRow(grid, RowOf(grid, "GUIDE.TXT"));
     ClickRow(grid, plain);
     QCOMPARE(gCheckedItems.size(), 2);
-    QCOMPARE(s->CheckedCount(), int16_t(2));
 
-    // A right click opens the menu over the current row: the row under the mouse is neither selected
-    // nor opened nor ticked.
+    // A right click opens the menu over the current row; the row under the mouse is not selected.
     const int credits = RowOf(grid, "CREDITS.NFO");
     QTest::mouseClick(grid->viewport(), Qt::RightButton, Qt::NoModifier, CellCentre(grid, credits, 2));
     QVERIFY(s->mnuContext->isVisible());
     s->mnuContext->hide();
     QCOMPARE(grid->Row(), plain);
-    QVERIFY(!grid->HasCellPicture(credits, 4));
-    QCOMPARE(gCheckedItems.size(), 2);
 
-    // A double click opens the file with the desktop's viewer and adds no tick of its own (its first
-    // press selected the row, which showed and ticked it); handing files to the default viewer opens
-    // the current one without a tick, and each file selected then is opened and ticked.
-    const int readMe = RowOf(grid, "READ.ME");
-    doubleClickRow(grid, readMe);
+    // A double click opens the file with the desktop's viewer, adding no tick to its first press's; in the
+    // default viewer's mode the current file opens there without a tick, and each one selected then, ticked.
+    doubleClickRow(grid, RowOf(grid, "READ.ME"));
     QCOMPARE(m_opened.size(), 1);
     QVERIFY(m_opened[0].endsWith(QStringLiteral("READ.ME"), Qt::CaseInsensitive));
-    QCOMPARE(gCheckedItems.size(), 3);
     m_opened.clear();
     ClickRow(grid, plain);
     Click(Control<QCheckBox>(s, "chkSendToIE"));
     QCOMPARE(m_opened.size(), 1);
     QVERIFY(m_opened[0].endsWith(QStringLiteral("NOTES.TXT"), Qt::CaseInsensitive));
-    QVERIFY(!Control<QPlainTextEdit>(s, "txtSelectedText")->isEnabled());
     const int ini = RowOf(grid, "SETUP.INI");
     ClickRow(grid, ini);
     QCOMPARE(m_opened.size(), 2);
     QVERIFY(grid->HasCellPicture(ini, 4));
     QCOMPARE(gCheckedItems.size(), 4);
+
+    // Next with nothing else to review: the summary, which gets the checked number; its Back comes to
+    // this screen, which kept its ticks.
+    auto *scan = Forms::get<frmScanDisc>();
+    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkOtherFiles"})
+        Control<QCheckBox>(scan, box)->setChecked(false);
+    auto *summary = Forms::get<frmScanSummary>();
+    Click(Control<QPushButton>(s, "cmdNext"));
+    QVERIFY(summary->isVisible() && s->isHidden() && Forms::isLoaded<frmScanResultsText>());
+    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("4"));
+    Click(Control<QPushButton>(summary, "cmdPrevious"));
+    QVERIFY(s->isVisible() && grid->HasCellPicture(ini, 4));
+    // The close box takes the clean road out; a new scan's preparation unloads the screen.
+    QList<int> ended;
+    SetEndProcessHook([&](int code) { ended << code; });
+    s->close();
+    SetEndProcessHook(nullptr);
+    QCOMPARE(ended, QList<int>{0});
+    scan->PrepareToScan();
+    QVERIFY(!Forms::isLoaded<frmScanResultsText>());
 }
 
 void TestViewers::badTextFiles()
@@ -211,9 +198,7 @@ void TestViewers::badTextFiles()
     addFile(disc, QStringLiteral("EOF.TXT"), QByteArray("before\x1a" "after", 12));
     addFile(disc, QStringLiteral("NUL.TXT"), QByteArray("shown\0hidden", 12));
     disc.add(QStringLiteral("BIG.TXT"));
-    QFile big(disc.root() + QStringLiteral("/BIG.TXT"));
-    QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(frmScanResultsText::TextBoxLimit + 1));
-    big.close();
+    QVERIFY(QFile(disc.root() + QStringLiteral("/BIG.TXT")).resize(frmScanResultsText::TextBoxLimit + 1));
     disc.add(QStringLiteral("GONE.TXT"));
     // Names with apostrophes and accented letters, stored in upper case, found again on a disc that
     // spells them in lower case; texts from Windows editors in their own encodings.
@@ -221,7 +206,8 @@ void TestViewers::badTextFiles()
     addFile(disc, QStringLiteral("ANSI.TXT"), "\x93" "Caf\xe9\x94 \x80" "5");
     addFile(disc, QStringLiteral("WIDE.TXT"), QByteArray("\xff\xfeN\0o\0\xeb\0l\0", 10));
     gMediaFiles = disc.files();
-    auto *s = textScreen();
+    auto *s = Forms::get<frmScanResultsText>();
+    s->show();
     FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
     auto *text = Control<QPlainTextEdit>(s, "txtSelectedText");
     QFile::remove(disc.root() + QStringLiteral("/GONE.TXT"));
@@ -232,24 +218,12 @@ void TestViewers::badTextFiles()
     ClickRow(grid, RowOf(grid, "EOF.TXT"));
     ClickRow(grid, RowOf(grid, "GONE.TXT"));
     QCOMPARE(boxes.prompts(), (QStringList{cannot, cannot}));
-    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
-    QVERIFY(!grid->HasCellPicture(RowOf(grid, "EOF.TXT"), 4) && !grid->HasCellPicture(RowOf(grid, "GONE.TXT"), 4));
-
-    const QStringList shown{QStringLiteral("Ça va, l'été"), QStringLiteral("“Café” €5"), QStringLiteral("Noël")};
-    const QStringList names{QStringLiteral("O'BRIEN'S ÉTÉ.TXT"), QStringLiteral("ANSI.TXT"), QStringLiteral("WIDE.TXT")};
-    for (int i = 0; i < names.size(); ++i) {
-        const int row = RowOf(grid, names[i]);
-        ClickRow(grid, row);
-        QCOMPARE(text->toPlainText(), shown[i]);
-        QVERIFY(grid->HasCellPicture(row, 4));
+    for (const auto &[name, shown] : {std::pair{"O'BRIEN'S ÉTÉ.TXT", "Ça va, l'été"}, {"ANSI.TXT", "“Café” €5"},
+                                      {"WIDE.TXT", "Noël"}, {"NUL.TXT", "shown"}}) { // a NUL ends what is shown
+        ClickRow(grid, RowOf(grid, QString::fromUtf8(name)));
+        QCOMPARE(text->toPlainText(), QString::fromUtf8(shown));
     }
     QCOMPARE(gCheckedItems.first().text, disc.root().toUpper() + QStringLiteral("/DOCS/O'BRIEN'S ÉTÉ.TXT (1 KB)"));
-    ResetList(gCheckedItems);
-
-    // A NUL ends what the text box shows.
-    ClickRow(grid, RowOf(grid, "NUL.TXT"));
-    QCOMPARE(text->toPlainText(), QStringLiteral("shown"));
-    QVERIFY(grid->HasCellPicture(RowOf(grid, "NUL.TXT"), 4));
 
     // Too large for the box: the question; Yes opens it elsewhere, and neither answer ticks.
     const QString tooLarge =
@@ -265,111 +239,43 @@ void TestViewers::badTextFiles()
     QCOMPARE(boxes.boxes()[0].style, vbYesNo | vbExclamation);
     QCOMPARE(m_opened.size(), 1);
     QVERIFY(!grid->HasCellPicture(bigRow, 4));
-    QCOMPARE(gCheckedItems.size(), 1);
-}
-
-void TestViewers::blocksOf500_data()
-{
-    QTest::addColumn<int>("matches");
-    QTest::newRow("499") << 499;
-    QTest::newRow("500") << 500;
-    QTest::newRow("501") << 501;
 }
 
 void TestViewers::blocksOf500()
 {
-    QFETCH(int, matches);
-    SetProgressSink({[this](int percent, const QString &t) { m_progress << QStringLiteral("%1 %2").arg(percent).arg(t); },
+    QStringList progress;
+    SetProgressSink({[&](int percent, const QString &t) { progress << QStringLiteral("%1 %2").arg(percent).arg(t); },
                      [] {}});
-    // Files that are not there: their sizes read "Error", and they are listed all the same.
-    for (int i = 1; i <= matches; ++i) {
-        AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.TXT").arg(i, 4, 10, QLatin1Char('0')));
-        AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.JPG").arg(i, 4, 10, QLatin1Char('0')));
+    for (const int matches : {499, 500, 501}) {
+        Forms::unload<frmScanResultsText>();
+        ResetList(gMediaFiles);
+        progress.clear();
+        // Files that are not there: their sizes read "Error", and they are listed all the same.
+        for (int i = 1; i <= matches; ++i) {
+            AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.TXT").arg(i, 4, 10, QLatin1Char('0')));
+            AppendToList(gMediaFiles, QStringLiteral("/NOWHERE/F%1.JPG").arg(i, 4, 10, QLatin1Char('0')));
+        }
+        auto *s = Forms::get<frmScanResultsText>();
+    s->show();
+        FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
+        QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QString::number(matches) + " text files found");
+        const QStringList names = column(grid, 2);
+        QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Error"));
+        if (matches <= 500) {
+            QCOMPARE(grid->Rows(), matches + 1);
+            QCOMPARE(names.last(), QStringLiteral("F%1.TXT").arg(matches, 4, 10, QLatin1Char('0')));
+            // The 500th match is the 999th entry of 1,000.
+            QCOMPARE(progress.join('|'), QString(matches == 500 ? "100 Processed 998 of 999 internal files..." : ""));
+        } else {
+            // The second block's first row overwrote the first block's last; the blank last row sorted
+            // to the top and was removed.
+            QCOMPARE(grid->Rows(), 501);
+            QVERIFY(!names.contains(QStringLiteral("F0500.TXT")) && !names.contains(QString()));
+            QCOMPARE(names.last(), QStringLiteral("F0501.TXT"));
+        }
     }
-    auto *s = textScreen();
     InstallScreenServices();
     RefuseBoxesWithoutResponder();
-    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QString::number(matches) + " text files found");
-    const QStringList names = column(grid, 2);
-    if (matches <= 500) {
-        QCOMPARE(grid->Rows(), matches + 1);
-        QCOMPARE(names.first(), QStringLiteral("F0001.TXT"));
-        QCOMPARE(names.last(), QStringLiteral("F%1.TXT").arg(matches, 4, 10, QLatin1Char('0')));
-        QCOMPARE(m_progress.size(), matches == 500 ? 1 : 0);
-        if (matches == 500) // the 500th match is the 999th entry of 1,000
-            QCOMPARE(m_progress.first(), QStringLiteral("100 Processed 998 of 999 internal files..."));
-    } else {
-        // The second block's first row overwrote the first block's last; the blank last row sorted to
-        // the top and was removed.
-        QCOMPARE(grid->Rows(), 501);
-        QVERIFY(!names.contains(QStringLiteral("F0500.TXT")));
-        QCOMPARE(names.last(), QStringLiteral("F0501.TXT"));
-        QVERIFY(!names.contains(QString()));
-    }
-    QCOMPARE(grid->TextMatrix(1, 3), QStringLiteral("Error"));
-}
-
-void TestViewers::sortingAndTheChain()
-{
-    Disc disc;
-    disc.add(QStringLiteral("B.TXT"), 300);
-    disc.add(QStringLiteral("A.TXT"), 9000);
-    disc.add(QStringLiteral("C.TXT"), 2000);
-    gMediaFiles = disc.files();
-    auto *s = textScreen();
-    FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
-    QCOMPARE(column(grid, 2), (QStringList{"A.TXT", "B.TXT", "C.TXT"}));
-    clickHeading(grid, 2); // the first click sorts ascending again
-    QCOMPARE(column(grid, 2), (QStringList{"A.TXT", "B.TXT", "C.TXT"}));
-    clickHeading(grid, 2);
-    QCOMPARE(column(grid, 2), (QStringList{"C.TXT", "B.TXT", "A.TXT"}));
-    clickHeading(grid, 3);
-    QCOMPARE(column(grid, 3), (QStringList{"1 KB", "2 KB", "9 KB"}));
-    clickHeading(grid, 3);
-    QCOMPARE(column(grid, 3), (QStringList{"9 KB", "2 KB", "1 KB"}));
-    ClickRow(grid, 1);
-    QCOMPARE(s->CheckedCount(), int16_t(1));
-
-    // Next with no external files to review: the summary, which gets the checked number only now.
-    auto *scan = Forms::get<frmScanDisc>();
-    for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkOtherFiles"})
-        Control<QCheckBox>(scan, box)->setChecked(false);
-    auto *summary = Forms::get<frmScanSummary>();
-    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("0"));
-    Click(Control<QPushButton>(s, "cmdNext"));
-    QVERIFY(summary->isVisible() && s->isHidden() && Forms::isLoaded<frmScanResultsText>());
-    QCOMPARE(summary->lblTextChecked->text(), QStringLiteral("1"));
-    // The summary's Back comes to this screen, which kept its ticks.
-    Click(Control<QPushButton>(summary, "cmdPrevious"));
-    QVERIFY(s->isVisible() && grid->HasCellPicture(1, 4));
-
-    // Back reaches the application viewer when only programs were asked for besides text...
-    Click(Control<QPushButton>(s, "cmdPrevious"));
-    QVERIFY(Forms::get<frmScanResultsEXEs>()->isVisible() && s->isHidden());
-    // ...whose Next comes back here; and without any other kind, Back goes to the scan set-up.
-    Click(Control<QPushButton>(Forms::get<frmScanResultsEXEs>(), "cmdNext"));
-    QVERIFY(s->isVisible());
-    Control<QCheckBox>(scan, "chkEXEFiles")->setChecked(false);
-    Click(Control<QPushButton>(s, "cmdPrevious"));
-    QVERIFY(scan->isVisible() && s->isHidden());
-    // The Scan Engine and Database entries do nothing here; the close box takes the clean road out,
-    // emptying the extract folder.
-    s->show();
-    QVERIFY(ClickMenu(s, "mnuScanEngineScanDisc"));
-    QVERIFY(ClickMenu(s, "mnuDatabaseLicenseControl"));
-    QVERIFY(s->isVisible());
-    const QString member = WriteTestFile(ExtractFolder() + QStringLiteral("/A.ZIP/B.TXT"), "b");
-    QList<int> ended;
-    SetEndProcessHook([&](int code) { ended << code; });
-    s->close();
-    SetEndProcessHook(nullptr);
-    QCOMPARE(ended, QList<int>{0});
-    QVERIFY(!QFile::exists(member));
-
-    // A new scan's preparation unloads the screen.
-    scan->PrepareToScan();
-    QVERIFY(!Forms::isLoaded<frmScanResultsText>());
 }
 
 void TestViewers::externalScreen()
@@ -389,31 +295,23 @@ void TestViewers::externalScreen()
     auto *s = Forms::get<frmScanResultsOther>();
     s->show();
     FlexGrid *grid = Control<FlexGrid>(s, "gridTextResults");
-    auto *details = Control<QLabel>(s, "lblFileDetails");
-    auto *summary = Forms::get<frmScanSummary>();
-
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("5 unknown files found"));
-    QCOMPARE(summary->lblExternalTotal->text(), QStringLiteral("5"));
-    // In the list's order (this screen does not sort), sizes in whole KB, the extension apart.
+    // In the list's order (this screen does not sort), the extension apart; a file gone since is left out.
     QCOMPARE(column(grid, 2), (QStringList{"AUTORUN.INF", "DATA.XYZ", "MANUAL.PDF", ".DISCINFO", "LIB.DLL"}));
-    QCOMPARE(column(grid, 3), (QStringList{"0 KB", "3 KB", "2 KB", "0 KB", "5 KB"}));
     QCOMPARE(column(grid, 4), (QStringList{"INF", "XYZ", "PDF", "DISCINFO", "DLL"}));
-    QVERIFY(grid->HasCellPicture(4, 0) && grid->HasCellPicture(5, 0) && !grid->HasCellPicture(1, 0));
     const double external = (60 + 3000 + 2048 + 10 + 5000) / 1024.0 / 1024.0;
     const double all = (60 + 3000 + 2048 + 10 + 4000) / 1024.0 / 1024.0; // the disc itself, members not
-    QCOMPARE(details->text(), QStringLiteral("External Files %1 MB / Total Files (Uncompressed) %2 MB")
-                                  .arg(external, 0, 'f', 2)
-                                  .arg(all, 0, 'f', 2));
+    QCOMPARE(Control<QLabel>(s, "lblFileDetails")->text(),
+             QStringLiteral("External Files %1 MB / Total Files (Uncompressed) %2 MB")
+                 .arg(external, 0, 'f', 2).arg(all, 0, 'f', 2));
 
     // Selecting only shows the path; a double click opens and ticks, once.
     ClickRow(grid, 1);
     QCOMPARE(Control<QLabel>(s, "lblCurrentPath")->text(), autorun);
     QVERIFY(m_opened.isEmpty() && !grid->HasCellPicture(1, 5));
-    const int pdf = 3;
-    doubleClickRow(grid, pdf);
-    doubleClickRow(grid, pdf);
+    doubleClickRow(grid, 3);
+    doubleClickRow(grid, 3);
     QCOMPARE(m_opened.size(), 2);
-    QVERIFY(grid->HasCellPicture(pdf, 5));
+    QVERIFY(grid->HasCellPicture(3, 5));
     QCOMPARE(gCheckedItems.size(), 1);
     QCOMPARE(gCheckedItems[0].text, manual + QStringLiteral(" (2 KB)"));
     QCOMPARE(gCheckedItems[0].kind, QStringLiteral("External"));
@@ -423,7 +321,6 @@ void TestViewers::externalScreen()
     m_openResult = 31;
     doubleClickRow(grid, 2);
     QCOMPARE(boxes.prompts(), QStringList{QStringLiteral("No program is associated with this file-extension.")});
-    QVERIFY(grid->HasCellPicture(2, 5));
     QCOMPARE(s->CheckedCount(), int16_t(2));
     m_openResult = 42;
 
@@ -439,23 +336,15 @@ void TestViewers::externalScreen()
     QTest::keyClicks(limit, QStringLiteral(".pdf"));
     Click(Control<QPushButton>(s, "cmdGo"));
     QCOMPARE(column(grid, 2), QStringList{"MANUAL.PDF"});
-    QCOMPARE(summary->lblExternalTotal->text(), QStringLiteral("1"));
+    QCOMPARE(Forms::get<frmScanSummary>()->lblExternalTotal->text(), QStringLiteral("1"));
     QVERIFY(!grid->HasCellPicture(1, 5));
     QCOMPARE(s->CheckedCount(), int16_t(0));
     doubleClickRow(grid, 1);
     QCOMPARE(gCheckedItems.size(), 3);
-    QCOMPARE(gCheckedItems[2].text, manual + QStringLiteral(" (2 KB)"));
     ClearText(limit);
     QTest::keyClicks(limit, QStringLiteral("zz"));
     QTest::keyClick(limit, Qt::Key_Return);
     QCOMPARE(grid->Rows(), 0);
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("0 unknown files found"));
-    QVERIFY(details->text().startsWith(QStringLiteral("External Files %1 MB").arg(external, 0, 'f', 2)));
-
-    // Next: the summary, which gets this screen's checked number.
-    Click(Control<QPushButton>(s, "cmdNext"));
-    QVERIFY(summary->isVisible() && s->isHidden());
-    QCOMPARE(summary->lblExternalChecked->text(), QStringLiteral("0"));
 }
 
 void TestViewers::imageScreen()
@@ -484,7 +373,6 @@ void TestViewers::imageScreen()
     s->show();
     FlexGrid *grid = Control<FlexGrid>(s, "gridImageResults");
     auto *view = Control<PictureView>(s, "picSelectedImage");
-    QCOMPARE(Control<QLabel>(s, "lblResultComment")->text(), QStringLiteral("8 image files found"));
     QCOMPARE(column(grid, 2), (QStringList{"BANNER.JPEG", "BROKEN.JPG", "COVER.JPG", "DOT.GIF", "EMPTY.BMP",
                                            "L'ÉTÉ D'OR.JPG", "NOTE.GIF", "PLAN.BMP"}));
 
@@ -504,21 +392,6 @@ void TestViewers::imageScreen()
         QVERIFY2(!view->HasPicture() && !grid->HasCellPicture(RowOf(grid, name), 4) && grid->isEnabled(), name);
     }
     QCOMPARE(boxes.prompts(), (QStringList{corrupt, corrupt, corrupt}));
-    QCOMPARE(boxes.boxes()[0].icon(), int(vbExclamation));
-
-    // The buttons' faces: normal after the load, the hover picture under the mouse, normal again once
-    // the mouse is over the form.
-    const auto face = [](QPushButton *b) { return b->icon().pixmap(b->iconSize()).toImage(); };
-    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInNormal->pixmap().toImage());
-    QCOMPARE(face(s->cmdFullScreen), s->picFullScreenOut->pixmap().toImage());
-    QEnterEvent enter(QPointF(2, 2), QPointF(2, 2), QPointF(2, 2));
-    QApplication::sendEvent(s->cmdMagnifyPlus, &enter);
-    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInHover->pixmap().toImage());
-    QCOMPARE(face(s->cmdMagnifyMinus), s->picZoomOutNormal->pixmap().toImage());
-    QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(s->centralWidget(), &move);
-    QCOMPARE(face(s->cmdMagnifyPlus), s->picZoomInNormal->pixmap().toImage());
-    QVERIFY(s->picZoomInNormal->pixmap().toImage() != s->picZoomInHover->pixmap().toImage());
 
     // Zoom by the grid's keys and the buttons, only with a picture shown.
     QTest::keyClick(grid, Qt::Key_Equal);
@@ -529,40 +402,28 @@ void TestViewers::imageScreen()
     Click(Control<QPushButton>(s, "cmdMagnifyMinus"));
     Click(Control<QPushButton>(s, "cmdMagnifyMinus"));
     QCOMPARE(s->ZoomLevel, int16_t(75));
-    QVERIFY(grid->hasFocus() || !QApplication::focusWidget());
 
-    // Full screen: the picture placed by its own units, Close ends it; a bad picture shows nothing.
+    // Full screen: the picture measured in its own units; a bad picture shows nothing.
     doubleClickRow(grid, RowOf(grid, "PLAN.BMP"));
     auto *full = Forms::get<frmFullScreenViewer>();
     QVERIFY(full->isVisible());
-    const long picW = full->picImage->PictureWidth(), picH = full->picImage->PictureHeight();
-    QCOMPARE(picW, 1058L); // 40 pixels at 96 to the inch, in hundredths of a millimetre
-    // To the pixel: twips are placed in whole pixels.
-    QVERIFY(qAbs(WidthTw(full->picImage) - (picW / 2 + 300)) < TwipsPerPixel);
-    QVERIFY(qAbs(HeightTw(full->picImage) - (picH / 2 + 300)) < TwipsPerPixel);
+    QCOMPARE(full->picImage->PictureWidth(), 1058L); // 40 pixels at 96 to the inch, in hundredths of a millimetre
     Click(Control<QPushButton>(full, "cmdClose"));
-    QVERIFY(!Forms::isLoaded<frmFullScreenViewer>());
     boxes.clear();
-    boxes.queue(vbOK);
+    boxes.queue(vbOK, 2);
     ClickRow(grid, RowOf(grid, "NOTE.GIF"));
-    boxes.queue(vbOK);
     Click(Control<QPushButton>(s, "cmdFullScreen"));
     QCOMPARE(boxes.prompts().last(), QStringLiteral("Can not display image, it may be corrupt."));
     QVERIFY(!Forms::isLoaded<frmFullScreenViewer>() || !Forms::get<frmFullScreenViewer>()->isVisible());
 
-    // Next: Text first, then Other, else the summary, which gets the checked number first.
+    // Next to the external files' screen: the summary gets the checked number all the same.
     auto *scan = Forms::get<frmScanDisc>();
     for (const char *box : {"chkVideoFiles", "chkAudioFiles", "chkTextFiles"})
         Control<QCheckBox>(scan, box)->setChecked(false);
     gExternalFiles = QStringList{QString()};
     Click(Control<QPushButton>(s, "cmdNext"));
-    QVERIFY(Forms::isLoaded<frmScanResultsOther>() && Forms::get<frmScanResultsOther>()->isVisible());
+    QVERIFY(Forms::get<frmScanResultsOther>()->isVisible());
     QCOMPARE(Forms::get<frmScanSummary>()->lblImagesChecked->text(), QStringLiteral("5"));
-    // Back from here with the programs' box ticked and no audio or video: the scan set-up, never the
-    // application viewer.
-    s->show();
-    Click(Control<QPushButton>(s, "cmdPrevious"));
-    QVERIFY(scan->isVisible() && !Forms::isLoaded<frmScanResultsEXEs>());
 }
 
 QTEST_MAIN(TestViewers)
