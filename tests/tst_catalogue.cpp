@@ -142,7 +142,9 @@ void TestCatalogue::cleanup()
 long TestCatalogue::newClient(const QString &name)
 {
     run(clientInsert(name));
-    return open({"Select CLIENT_ID From KEVRO_CLIENTS Where CLIENT_NAME = '", name, "'"}).Fields("CLIENT_ID").toLongLong();
+    return open({"Select CLIENT_ID From KEVRO_CLIENTS Where CLIENT_NAME = '", name, "'"})
+        .Fields("CLIENT_ID")
+        .toLongLong();
 }
 
 long TestCatalogue::newApp(const QString &name, bool perMedia, bool requiresLicence)

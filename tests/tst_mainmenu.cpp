@@ -131,8 +131,8 @@ void TestMainMenu::loadFillsParallelLists()
     OpenDatabase();
     gConnection->Execute("DELETE * FROM KEVRO_CLIENTS");
     CloseDatabase();
-    QCOMPARE(Control<QComboBox>(menu(), "cmbClientCode")->count() + Control<QComboBox>(menu(), "cmbClientName")->count(),
-             0);
+    m = menu();
+    QCOMPARE(Control<QComboBox>(m, "cmbClientCode")->count() + Control<QComboBox>(m, "cmbClientName")->count(), 0);
 }
 
 void TestMainMenu::chooseByCodeByNameAndBySearch()
