@@ -1,20 +1,18 @@
-// Every shape of statement the screens send, word for word, against the embedded SQLite catalogue and
-// against a real PostgreSQL server: reads, inserts, updates, both delete forms, DELETE * FROM,
-// True/False, Group By/Having, quoted numbers into number columns, local-format dates, the licences'
-// select with its two blanks; the numbers of the failures the screens test; a refused second
-// statement; and a failed connection ending the program.
+// The catalogue's connection against the embedded SQLite catalogue and a real PostgreSQL server, below
+// the screens (tst_catalogue_screens sends their statements through them): keys read as numbers,
+// True/False, quoted numbers into number columns, dates in the station's day/month order; the numbers
+// of the failures the screens tell apart; a refused second statement; a failed connection ending the
+// program; other drivers through the driver manager.
 
 #include "TestSupport.h"
 
 #include "catalogue/CatalogueSetup.h"
 #include "catalogue/Database.h"
-#include "platform/MsgBox.h"
 #include "platform/VbError.h"
 #include "shell/MainMod.h"
 
 #include <QDate>
 #include <QScopeGuard>
-#include <QDateTime>
 #include <QLocale>
 #include <QProcess>
 #include <QSqlDatabase>
@@ -22,20 +20,15 @@
 #include <QTest>
 
 namespace {
-QString sql(const QStringList &pieces)
-{
-    return pieces.join(QString());
-}
-
 void run(const QStringList &pieces)
 {
-    gConnection->Execute(sql(pieces), -1);
+    gConnection->Execute(pieces.join(QString()), -1);
 }
 
 Recordset open(const QStringList &pieces)
 {
     Recordset rs;
-    rs.Open(sql(pieces), gConnection.get(), 3, 3);
+    rs.Open(pieces.join(QString()), gConnection.get(), 3, 3);
     return rs;
 }
 
@@ -64,11 +57,6 @@ QStringList column(Recordset rs, const QString &name)
     }
     return out;
 }
-
-QStringList column(const QStringList &pieces, const QString &name)
-{
-    return column(open(pieces), name);
-}
 } // namespace
 
 class TestCatalogue final : public QObject
@@ -80,8 +68,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void clients();
-    void owners();
-    void applicationsAndComponents();
+    void applications();
     void licences();
     void oneStatementOnly();
     void failedConnectionEndsTheProgram();
@@ -143,7 +130,6 @@ void TestCatalogue::init()
     QFile::remove(m_app.file("odbc.ini"));
     QCOMPARE(WriteDataSourceEntry(t, m_app.file("odbc.ini")), QString());
     OpenDatabase();
-    QVERIFY(gConnection && gConnection->IsOpen());
 }
 
 void TestCatalogue::cleanup()
@@ -156,8 +142,7 @@ void TestCatalogue::cleanup()
 long TestCatalogue::newClient(const QString &name)
 {
     run(clientInsert(name));
-    return open({"Select KEVRO_CLIENTS.CLIENT_ID, ", "KEVRO_CLIENTS.CLIENT_NAME ", "From KEVRO_CLIENTS ",
-                 "Where CLIENT_NAME = '", name, "'"})
+    return open({"Select CLIENT_ID From KEVRO_CLIENTS Where CLIENT_NAME = '", name, "'"})
         .Fields("CLIENT_ID")
         .toLongLong();
 }
@@ -168,10 +153,9 @@ long TestCatalogue::newApp(const QString &name, bool perMedia, bool requiresLice
          "APP_LICENSE_PER_MEDIA, ", "APP_REQUIRES_LICENSE) ", "Values(", "'", RemoveApostrophes(name), "', ", "'",
          "1", "', ", "'", "https://example.org/licence", "', ", "'", NowText(), "', ", perMedia ? "True" : "False",
          ", ", requiresLicence ? "True" : "False", ")"});
-    Recordset rs;
-    rs.Open(sql({"Select APP_ID ", "From KEVRO_APPS ", "Where APP_NAME = '", RemoveApostrophes(name), "'"}),
-            gConnection.get(), 3, 3, -1);
-    return rs.Fields("APP_ID").toLongLong();
+    return open({"Select APP_ID ", "From KEVRO_APPS ", "Where APP_NAME = '", RemoveApostrophes(name), "'"})
+        .Fields("APP_ID")
+        .toLongLong();
 }
 
 void TestCatalogue::clients()
@@ -180,9 +164,8 @@ void TestCatalogue::clients()
     Recordset empty = open({"SELECT CLIENT_ID, CLIENT_NAME ", " FROM KEVRO_CLIENTS", " ORDER BY CLIENT_NAME ASC"});
     QVERIFY(empty.Eof() && empty.Bof());
 
-    const long zeta = newClient("Zeta Pictures");
+    newClient("Zeta Pictures");
     const long acme = newClient("Acme Music");
-    QVERIFY(zeta > 0 && acme > 0 && zeta != acme);
     Recordset rs = open({"SELECT CLIENT_ID, CLIENT_NAME ", " FROM KEVRO_CLIENTS", " ORDER BY CLIENT_NAME ASC"});
     QCOMPARE(column(rs, "CLIENT_NAME"), (QStringList{"Acme Music", "Zeta Pictures"}));
     // A key reads as a number, whatever case the engine gives the column's name.
@@ -190,14 +173,9 @@ void TestCatalogue::clients()
     QVERIFY(rs.Fields("client_id").typeId() != QMetaType::QString);
     QCOMPARE(rs.Fields("CLIENT_ID").toLongLong(), qlonglong(acme));
 
-    // The client screen's update, with the operator's apostrophe dropped, and its trailing blank.
-    run({"Update KEVRO_CLIENTS Set ", "CLIENT_NAME = '", RemoveApostrophes("Acme's Music"), "' ", "Where CLIENT_ID = ",
-         QString::number(acme), " "});
-    QCOMPARE(column({"Select CLIENT_NAME From KEVRO_CLIENTS Where CLIENT_ID = ", QString::number(acme)}, "CLIENT_NAME"),
-             QStringList{"Acmes Music"});
-
     // An empty name is refused by the database, with the number the screens test.
     QCOMPARE(failureOf(clientInsert("")), DbErr::ConstraintViolation);
+    QCOMPARE(failureOf({"Insert Into KEVRO_OWNERS(OWNER_NAME) Values('')"}), DbErr::ConstraintViolation);
     // A name that was not cleaned breaks the statement.
     QCOMPARE(failureOf(clientInsert("O'Brien")), DbErr::CommandError);
 
@@ -221,55 +199,15 @@ void TestCatalogue::clients()
         run({"PRAGMA query_only = 0"});
     }
 
-    // The one-row delete, with a column between Delete and From.
-    run({"Delete KEVRO_CLIENTS.CLIENT_ID ", "From KEVRO_CLIENTS ", "Where KEVRO_CLIENTS.CLIENT_ID=",
-         QString::number(zeta)});
-    QCOMPARE(column({"Select CLIENT_NAME From KEVRO_CLIENTS"}, "CLIENT_NAME"), QStringList{"Acmes Music"});
-    // The wholesale delete of an import.
-    run({"DELETE * FROM KEVRO_CLIENTS"});
-    QVERIFY(open({"Select CLIENT_NAME From KEVRO_CLIENTS"}).Eof());
 }
 
-void TestCatalogue::owners()
-{
-    run({"Insert Into KEVRO_OWNERS( ", "OWNER_NAME) ", "Values(", "'", "Adobe", "')"});
-    run({"Insert Into KEVRO_OWNERS( ", "OWNER_NAME) ", "Values(", "'", "Apple", "')"});
-    Recordset rs = open({"Select KEVRO_OWNERS.OWNER_ID, ", "KEVRO_OWNERS.OWNER_NAME ", "From KEVRO_OWNERS ",
-                         "Order By OWNER_NAME"});
-    rs.MoveFirst();
-    const QString adobe = rs.Fields("OWNER_ID").toString();
-    // Owner keys fit the 16-bit integer the catalogue screen reads them into.
-    QVERIFY(rs.Fields("OWNER_ID").toInt() > 0 && rs.Fields("OWNER_ID").toInt() <= 32767);
-    run({"Update KEVRO_OWNERS Set ", "OWNER_NAME = '", "Adobe Systems", "' ", "Where OWNER_ID = ", adobe, " "});
-    QCOMPARE(failureOf({"Update KEVRO_OWNERS Set ", "OWNER_NAME = '", "", "' ", "Where OWNER_ID = ", adobe, " "}),
-             DbErr::ConstraintViolation);
-    // The owner screen's delete names the table without its final S in the column, and still works.
-    run({"Delete KEVRO_OWNER.OWNER_ID ", "From KEVRO_OWNERS ", "Where KEVRO_OWNERS.OWNER_ID=", adobe});
-    QCOMPARE(column({"SELECT OWNER_ID, OWNER_NAME ", " FROM KEVRO_OWNERS", " ORDER BY OWNER_NAME"}, "OWNER_NAME"),
-             QStringList{"Apple"});
-}
-
-void TestCatalogue::applicationsAndComponents()
+void TestCatalogue::applications()
 {
     run({"Insert Into KEVRO_OWNERS( ", "OWNER_NAME) ", "Values(", "'", "Macromedia", "')"});
-    const long flash = newApp("Flash's Player", false, true);
-    const long free = newApp("Free Viewer", false, false);
-    newApp("Media Player", true, true);
-    const QString key = QString::number(flash);
+    const QString key = QString::number(newApp("Flash's Player", false, true));
 
-    // Components: EXE_APP bare, texts quoted.
-    for (const auto &[name, description] : {std::pair{"FLASH.EXE", "Player"}, {"flashsetup.exe", "Set-up"}})
-        run({"Insert Into KEVRO_APP_COMPONENTS( ", "EXE_APP, ", "EXE_NAME, ", "EXE_DESCRIPTION) ", "Values(", key,
-             ", ", "'", name, "', ", "'", description, "')"});
-    Recordset components =
-        open({"Select KEVRO_APP_COMPONENTS.EXE_ID, KEVRO_APP_COMPONENTS.EXE_NAME, ",
-              "KEVRO_APP_COMPONENTS.EXE_DESCRIPTION ", "From KEVRO_APP_COMPONENTS ",
-              "Where KEVRO_APP_COMPONENTS.EXE_APP=", key});
-    QCOMPARE(components.RecordCount(), 2);
-    components.MoveFirst();
-    const QString firstComponent = components.Fields("EXE_ID").toString();
-
-    // The edit screen's read through the inner join; booleans read as booleans.
+    // The edit screen's read through the inner join, on the owner's key sent quoted into a number
+    // column; booleans read as booleans.
     Recordset app = open({"Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME,", "KEVRO_APPS.APP_OWNER , KEVRO_OWNERS.OWNER_NAME, ",
                           "KEVRO_APPS.APP_REQUIRES_LICENSE, KEVRO_APPS.APP_LICENSE_PER_MEDIA, ",
                           "KEVRO_APPS.APP_WEB_LICENSE, KEVRO_APPS.APP_DATE_EDITED ",
@@ -280,46 +218,24 @@ void TestCatalogue::applicationsAndComponents()
     QCOMPARE(app.Fields("APP_REQUIRES_LICENSE").typeId(), int(QMetaType::Bool));
     QCOMPARE(app.Fields("APP_REQUIRES_LICENSE").toBool(), true);
     QCOMPARE(app.Fields("APP_LICENSE_PER_MEDIA"), QVariant(false));
-    QCOMPARE(app.Fields("APP_OWNER").toInt(), 1);
     const QVariant edited = app.Fields("APP_DATE_EDITED");
     QVERIFY(!edited.isNull());
 
-    // The update quotes the owner key and leaves the date of creation alone.
+    // The update quotes the owner key and leaves the date of creation alone, a second later too.
     QTest::qWait(1100);
     run({"Update KEVRO_APPS Set ", "APP_NAME = '", "Flash Player", "', ", "APP_OWNER = '", "1", "', ",
          "APP_WEB_LICENSE = '", "", "', ", "APP_REQUIRES_LICENSE =", "False", ", APP_LICENSE_PER_MEDIA =", "True",
          " Where APP_ID =", key});
-    Recordset again = open({"Select APP_NAME, APP_DATE_EDITED, APP_LICENSE_PER_MEDIA From KEVRO_APPS ",
-                            "Where APP_ID = ", key});
-    QCOMPARE(again.Fields("APP_NAME").toString(), QString("Flash Player"));
+    Recordset again = open({"Select APP_DATE_EDITED, APP_LICENSE_PER_MEDIA From KEVRO_APPS Where APP_ID = ", key});
     QCOMPARE(again.Fields("APP_DATE_EDITED"), edited);
     QCOMPARE(again.Fields("APP_LICENSE_PER_MEDIA"), QVariant(true));
-    run({"Update KEVRO_APP_COMPONENTS Set ", "EXE_NAME = '", "FLASH6.EXE", "', ", "EXE_DESCRIPTION = '", "Player 6",
-         "' ", "Where EXE_ID = ", firstComponent});
 
-    // The licence screen's list: only applications that need a licence and are not per media.
-    const auto licensable = [] {
-        return column({"Select APP_NAME ", "From KEVRO_APPS ", "Where APP_REQUIRES_LICENSE = True AND ",
-                       "APP_LICENSE_PER_MEDIA = False ", "Order By APP_NAME"},
-                      "APP_NAME");
-    };
-    QCOMPARE(licensable(), QStringList{});
-    run({"Update KEVRO_APPS Set APP_REQUIRES_LICENSE = True, APP_LICENSE_PER_MEDIA = False Where APP_ID = ",
-         QString::number(free)});
-    QCOMPARE(licensable(), QStringList{"Free Viewer"});
-
-    // Both deletes: a component at once, the application without its components.
-    run({"Delete EXE_ID ", "From KEVRO_APP_COMPONENTS ", "Where EXE_ID=", firstComponent});
-    run({"Delete KEVRO_APPS.APP_ID ", "From KEVRO_APPS ", "Where KEVRO_APPS.APP_ID=", key});
-    QVERIFY(open({"Select APP_ID From KEVRO_APPS Where APP_ID = ", key}).Eof());
-    QCOMPARE(column({"Select EXE_NAME From KEVRO_APP_COMPONENTS"}, "EXE_NAME"), QStringList{"flashsetup.exe"});
 }
 
 void TestCatalogue::licences()
 {
     QFETCH_GLOBAL(QString, engine);
-    const long client = newClient("Northwind");
-    const QString clientCode = QString::number(client);
+    const QString clientCode = QString::number(newClient("Northwind"));
     const QString app = QString::number(newApp("DirectX", false, true));
 
     // A permanent licence leaves the dates out; a dated one sends them as the operator typed them,
@@ -338,55 +254,15 @@ void TestCatalogue::licences()
                          "Where KEVRO_LICENSES.LICENSE_CLIENT='", clientCode, "'"});
     QCOMPARE(rs.RecordCount(), 2);
     rs.MoveFirst();
-    QCOMPARE(rs.Fields("LICENSE_APP").toLongLong(), app.toLongLong());
     QCOMPARE(rs.Fields("LICENSE_PERMINANT"), QVariant(true));
     QVERIFY(rs.Fields("LICENSE_VALID_FROM").isNull());
-    const QString firstId = rs.Fields("LICENSE_ID").toString();
     rs.MoveNext();
-    const QString secondId = rs.Fields("LICENSE_ID").toString();
+    QCOMPARE(rs.Fields("LICENSE_PERMINANT"), QVariant(false));
     const QVariant from = rs.Fields("LICENSE_VALID_FROM");
     if (engine == "postgresql")
         QCOMPARE(from.toDate(), QDate(2026, 2, 3)); // read in the station's day/month order
     else
         QCOMPARE(from.toString(), QString("03/02/2026")); // stored as sent
-    rs.MoveNext();
-    QVERIFY(rs.Eof());
-
-    // The licence list, with its closing ";".
-    QCOMPARE(column({"Select KEVRO_APPS.APP_ID, KEVRO_APPS.APP_NAME, ",
-                     "KEVRO_LICENSES.LICENSE_ID, KEVRO_LICENSES.LICENSE_CLIENT ",
-                     "From KEVRO_LICENSES Inner Join KEVRO_APPS ON ", "KEVRO_LICENSES.LICENSE_APP = KEVRO_APPS.APP_ID ",
-                     "Where KEVRO_LICENSES.LICENSE_CLIENT='", clientCode, "' ", "Order By APP_NAME;"},
-                    "APP_NAME"),
-             (QStringList{"DirectX", "DirectX"}));
-
-    // Group By with Having in place of Where.
-    Recordset one = open({"Select KEVRO_LICENSES.LICENSE_ID, KEVRO_LICENSES.LICENSE_APP, ",
-                          "KEVRO_APPS.APP_NAME, KEVRO_LICENSES.LICENSE_VALID_FROM, ",
-                          "KEVRO_LICENSES.LICENSE_VALID_TO, KEVRO_LICENSES.LICENSE_PERMINANT ",
-                          "From KEVRO_LICENSES Inner Join KEVRO_APPS On ",
-                          "KEVRO_LICENSES.LICENSE_APP = KEVRO_APPS.APP_ID ",
-                          "Group By KEVRO_LICENSES.LICENSE_ID, KEVRO_LICENSES.LICENSE_APP, ",
-                          "KEVRO_APPS.APP_NAME, KEVRO_LICENSES.LICENSE_VALID_FROM, ",
-                          "KEVRO_LICENSES.LICENSE_VALID_TO, KEVRO_LICENSES.LICENSE_PERMINANT ",
-                          "Having KEVRO_LICENSES.LICENSE_ID=", secondId, ";"});
-    QCOMPARE(one.RecordCount(), 1);
-    QCOMPARE(one.Fields("LICENSE_PERMINANT"), QVariant(false));
-    QCOMPARE(column({"Select KEVRO_APPS.APP_ID ", "From KEVRO_APPS ", "Where KEVRO_APPS.APP_NAME='", "DirectX", "' ",
-                     "Group By KEVRO_APPS.APP_ID;"},
-                    "APP_ID"),
-             QStringList{app});
-
-    // The update quotes the application's key; turned permanent, the dates stay as they were.
-    run({"Update KEVRO_LICENSES Set ", "LICENSE_CLIENT = '", clientCode, "', ", "LICENSE_APP = '", app, "', ",
-         "LICENSE_PERMINANT =", "True", " Where LICENSE_ID =", secondId});
-    Recordset updated = open({"Select LICENSE_PERMINANT, LICENSE_VALID_TO From KEVRO_LICENSES Where LICENSE_ID = ",
-                              secondId});
-    QCOMPARE(updated.Fields("LICENSE_PERMINANT"), QVariant(true));
-    QVERIFY(!updated.Fields("LICENSE_VALID_TO").isNull());
-    run({"Update KEVRO_LICENSES Set ", "LICENSE_CLIENT = '", clientCode, "', ", "LICENSE_APP = '", app, "', ",
-         "LICENSE_VALID_FROM = '", "01/03/2026", "', ", "LICENSE_VALID_TO = '", "31/12/2026", "', ",
-         "LICENSE_PERMINANT =", "False", " Where LICENSE_ID =", firstId});
 }
 
 void TestCatalogue::oneStatementOnly()
@@ -397,11 +273,11 @@ void TestCatalogue::oneStatementOnly()
              DbErr::CommandError);
     QCOMPARE(failureOf({"Update KEVRO_CLIENTS Set CLIENT_NAME = 'y' -- Where CLIENT_ID = 1"}), DbErr::CommandError);
     QCOMPARE(failureOf({"Update KEVRO_CLIENTS Set CLIENT_NAME = 'y' /* note */"}), DbErr::CommandError);
-    QCOMPARE(column({"Select CLIENT_NAME From KEVRO_CLIENTS"}, "CLIENT_NAME"), QStringList{"Keep Me"});
+    QCOMPARE(column(open({"Select CLIENT_NAME From KEVRO_CLIENTS"}), "CLIENT_NAME"), QStringList{"Keep Me"});
     // Inside a string, a ";" or a "--" is only text; so is a doubled quote; a closing ";" is fine.
     run({"Insert Into KEVRO_CLIENTS(CLIENT_NAME) Values('A; B -- C /* D')"});
     run({"Insert Into KEVRO_CLIENTS(CLIENT_NAME) Values('It''s');  "});
-    QCOMPARE(column({"Select CLIENT_NAME From KEVRO_CLIENTS Order By CLIENT_NAME"}, "CLIENT_NAME"),
+    QCOMPARE(column(open({"Select CLIENT_NAME From KEVRO_CLIENTS Order By CLIENT_NAME"}), "CLIENT_NAME"),
              (QStringList{"A; B -- C /* D", "It's", "Keep Me"}));
     QCOMPARE(failureOf({"Select * From NO_SUCH_TABLE"}), DbErr::CommandError);
     // Reading past the end or a column that is not there fails as a recordset does.
@@ -446,7 +322,6 @@ void TestCatalogue::failedConnectionEndsTheProgram()
     QVERIFY2(out.contains("Could not connect to the KEVRO Database.  Database may be deleted or moved, network may be "
                           "down or ODBC settings may be incorrect.  Can not continue."),
              qPrintable(out));
-    QVERIFY(!out.contains("opened"));
     if (engine == "sqlite") {
         // Nothing was created in the catalogue's place.
         QVERIFY(!QFile::exists(m_app.file("kevro.db")));
@@ -482,12 +357,9 @@ void TestCatalogue::otherDriversThroughTheDriverManager()
     });
     OpenDatabase();
     QCOMPARE(gConnection->Engine(), DataSource::Engine::Odbc);
-    const long id = newClient("Through ODBC");
-    QVERIFY(id > 0);
+    QVERIFY(newClient("Through ODBC") > 0);
     QCOMPARE(failureOf(clientInsert("O'Brien")), DbErr::CommandError);
     QCOMPARE(failureOf(clientInsert("")), DbErr::ConstraintViolation);
-    run({"Delete KEVRO_CLIENTS.CLIENT_ID ", "From KEVRO_CLIENTS ", "Where KEVRO_CLIENTS.CLIENT_ID=", QString::number(id)});
-    QVERIFY(open({"Select CLIENT_NAME From KEVRO_CLIENTS"}).Eof());
     CloseDatabase();
 
     // The same driver named in the application folder's own odbc.ini, which the driver manager does
