@@ -33,6 +33,8 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QToolButton>
 
 namespace {
@@ -226,6 +228,23 @@ void TestCatalogueScreens::clients()
     QCOMPARE(stored().contains(QString(300, QLatin1Char('L'))), !server);
     m_catalogue.execute("DELETE FROM KEVRO_CLIENTS WHERE CLIENT_NAME LIKE '%Quoted%' OR CLIENT_NAME LIKE 'LLL%'");
     s->ShowDBClients();
+
+    // Another program holding the catalogue locked through the save: the general message, not the
+    // apostrophe's; the row is saved once the lock is gone.
+    if (!server) {
+        {
+            QSqlDatabase holder = QSqlDatabase::addDatabase("QSQLITE", "holder");
+            holder.setDatabaseName(m_app.file("kevro.db"));
+            QVERIFY(holder.open() && QSqlQuery(holder).exec("BEGIN EXCLUSIVE"));
+            addRow(s, "Fabrikam");
+            pressForBox(boxes, s->cmdSaveRecords, "Error -2147217871 occurred.  Can not save record.");
+        }
+        QSqlDatabase::removeDatabase("holder");
+        pressForBox(boxes, s->cmdSaveRecords, clientsSaved);
+        QCOMPARE(stored(), (QStringList{"Contoso Média", "Fabrikam", "Northwind Discs"}));
+        m_catalogue.execute("DELETE FROM KEVRO_CLIENTS WHERE CLIENT_NAME = 'Fabrikam'");
+        s->ShowDBClients();
+    }
 
     // An existing name changed to one with an apostrophe is saved without it; a new one is refused.
     // Rows written before the failure stay written, and the save after the name is mended does not
