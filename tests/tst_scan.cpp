@@ -288,8 +288,8 @@ void TestScan::archivesInTheWalk()
     QCOMPARE(prompts.filter(QRegularExpression("^Not everything in BOMB.ZIP was extracted:\n\n"
                                                "Expansion stopped at Zeros.bin")).size(), 1);
 
-    // Archives stay in the list whether or not they expanded; the second pass lists their members in
-    // upper case below the extract folder, one level deep: a nested archive expands, its members unwalked.
+    // Archives stay in the list whether or not they expanded; the second pass lists their members below
+    // the extract folder (same-named archives apart), one level deep: a nested archive's are not walked.
     const QStringList media = entries(gMediaFiles);
     const QString X = m_extract.toUpper(), D = disc.toUpper();
     for (const QString a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP",
@@ -302,11 +302,7 @@ void TestScan::archivesInTheWalk()
     QVERIFY(media.filter("INNER.TXT").isEmpty());
     const QString innerTarget = m_extract + "/" + (m_extract + "/Setup/Data.zip/Nested.zip").mid(1);
     QCOMPARE(ReadTestFile(innerTarget + "/Inner.txt"), QByteArray("inner member"));
-    // The layout keeps each archive's origin; what did not expand left nothing, and nothing escaped.
-    QCOMPARE(filesBelow(m_extract + "/Setup/Data.zip").filter(QRegularExpression("^[^/]*/?[^/]*$")),
-             (QStringList{"Docs/ReadMe.txt", "Nested.zip", "Tool.exe"}));
-    QCOMPARE(ReadTestFile(m_extract + "/A/Same.zip/One.txt"), QByteArray("from A"));
-    QCOMPARE(ReadTestFile(m_extract + "/B/Same.zip/One.txt"), QByteArray("from B"));
+    // What did not expand left nothing, and nothing escaped.
     for (const char *none : {"/Plain.exe", "/Broken.zip", "/Bomb.zip/Zeros.bin"})
         QVERIFY2(!QFileInfo::exists(m_extract + none), none);
     QCOMPARE(filesBelow(m_discs.path()).filter("escape") + filesBelow(m_extract).filter("escape"), QStringList());
@@ -359,11 +355,6 @@ void TestScan::walkFaults()
     QCOMPARE(boxes.prompts(), QStringList{"Error 76"});
     QCOMPARE(boxes.boxes().first().detail, last + ": the folder cannot be read (Path not found); it was left out");
     QCOMPARE(entries(gMediaFiles).filter("/" + folders[1].toUpper() + "/").size(), 2);
-
-    // The volume itself is gone: the failure reaches the caller.
-    MediaWalker gone;
-    gone.SetDrive(disc + "/nothing here");
-    QVERIFY_THROWS_EXCEPTION(VbError, gone.ScanFiles());
 }
 
 void TestScan::whatADiscHolds()
@@ -379,34 +370,28 @@ void TestScan::whatADiscHolds()
     QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\n" + link});
     QCOMPARE(boxes.boxes().first().detail, D + "/DATA.ZIP: " + link);
 
-    // Exactly the regular files are listed, each name in its stored form, those equal but for case
-    // twice; each entry opens its own file, so each regular file is reached exactly once.
-    QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
-    QStringList listed = entries(gMediaFiles) + entries(gExternalFiles), expected;
-    QCOMPARE(gFilesScanned, int32_t(listed.size()));
-    QList<QByteArray> reached, held;
+    // Exactly the regular files are listed, each name in its stored form (those equal but for case
+    // twice), and each entry opens its own file.
+    QStringList listed, expected;
     Occurrences occurrence;
-    for (const QString &path : listed)
-        reached.append(ReadTestFile(RealPath(path, occurrence(path))));
-    for (const HostileDisc::File &f : disc.files()) {
-        expected.append((f.member ? X : D) + f.stored);
-        held.append(f.contents);
-    }
-    expected.sort();
+    for (const QString &path : entries(gMediaFiles) + entries(gExternalFiles))
+        listed.append(path + " = " + QString::fromUtf8(ReadTestFile(RealPath(path, occurrence(path)))));
+    for (const HostileDisc::File &f : disc.files())
+        expected.append((f.member ? X : D) + f.stored + " = " + QString::fromUtf8(f.contents));
     listed.sort();
-    std::sort(reached.begin(), reached.end());
-    std::sort(held.begin(), held.end());
+    expected.sort();
     QCOMPARE(listed, expected);
-    QCOMPARE(reached, held);
+    QCOMPARE(gFilesScanned, int32_t(listed.size()));
+    QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
 
     // Nothing was written outside the extract folder. No member landed in it as a link; the links there
-    // are the ways to the files whose real paths no text can hold, each leading to its file of the disc.
+    // are the ways to the two files whose real paths no text can hold, into the disc.
     QCOMPARE(filesBelow(disc.outside()), (QStringList{"SECRET.TXT", "passwd"}));
-    QStringList links;
-    for (const QString &l : linksBelow(m_extract))
-        links.append(QFileInfo(l).fileName() + ": " + QString::fromUtf8(ReadTestFile(l)));
-    links.sort();
-    QCOMPARE(links, (QStringList{"bad__name.txt: not UTF-8", "in.txt: in a folder whose name is no text"}));
+    const QStringList links = linksBelow(m_extract);
+    QCOMPARE(links.size(), 2);
+    for (const QString &l : links)
+        QVERIFY2(QFileInfo(l).canonicalFilePath().startsWith(QFileInfo(disc.root()).canonicalFilePath() + "/"),
+                 qPrintable(l));
 }
 
 void TestScan::volumeHoldingTheApplicationFolder()
@@ -449,7 +434,9 @@ void TestScan::setUpScreen()
     QTest::mouseClick(s->cmdNext, Qt::LeftButton);
     QCOMPARE(boxes.prompts(), QStringList{"You must select something to scan."});
     QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
-    Forms::unload<frmScanDisc>();
+    // Back goes to the main menu.
+    QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
+    QVERIFY(!Forms::isLoaded<frmScanDisc>() && Forms::get<frmMainMenu>()->isVisible());
 
     // A default device that is not there (none in kevro.ini reads as "Nowt"): a letter is named as a
     // drive, a folder as itself. No drive stands chosen by itself (never the system's root): Next has
@@ -469,7 +456,8 @@ void TestScan::setUpScreen()
         Forms::unload<frmScanDisc>();
     }
 
-    // The volume vanishes between the choice and Next: the message, and the extract folder emptied.
+    // The volume vanishes between the choice and Next: the walk's failure reaches the screen, which
+    // comes back with the message, and the extract folder is emptied.
     WriteTestFile(m_extract + "/LEFT/OVER.TXT", "from the last scan");
     boxes.clear();
     boxes.queue(vbOK);
@@ -492,7 +480,8 @@ void TestScan::scanThroughTheScreens()
     auto *s = scanDisc(disc);
     QStringList stages, archivesShown;
     QList<int> bar;
-    // Follow the screen while it works: what its labels and bars show as the walk goes.
+    // Follow the screen while it works: what its labels and bars show as the walk goes. A cancel answered
+    // No lets the scan run on.
     nextWhileWatching(s, [&] {
         if (!Forms::isLoaded<frmScanProgress>())
             return;
@@ -504,8 +493,12 @@ void TestScan::scanThroughTheScreens()
             archivesShown.append(zip);
         if (stage == "Scanning media...")
             bar.append(p->ProgressBar->value());
+        if (!bar.isEmpty() && boxes.boxes().isEmpty()) {
+            boxes.queue(vbNo);
+            QTest::mouseClick(p->cmdCancel, Qt::LeftButton);
+        }
     });
-    QCOMPARE(boxes.prompts(), QStringList());
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
     // The pre-scan's caption is never painted: no events are pumped before the walk's caption replaces it.
     QCOMPARE(stages, (QStringList{"Scanning Disc", "Scanning media...", "Processing archive files..."}));
     QCOMPARE(archivesShown, QStringList{"Decompressing PACK.ZIP"});
@@ -516,14 +509,6 @@ void TestScan::scanThroughTheScreens()
     QVERIFY(Forms::isLoaded<frmScanResultsEXEs>() && Forms::get<frmScanResultsEXEs>()->isVisible());
     QVERIFY(!s->isVisible() && !Forms::isLoaded<frmScanProgress>());
     QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
-    QCOMPARE(FirstReviewScreen({false, false, false, false, true, true}), QString("frmScanResultsText"));
-    QCOMPARE(FirstReviewScreen({false, false, false, false, false, true}), QString("frmScanResultsOther"));
-
-    // Back from the viewer throws its evaluation away; back again goes to the main menu.
-    QTest::mouseClick(Forms::get<frmScanResultsEXEs>()->cmdPrevious, Qt::LeftButton);
-    QVERIFY(!Forms::isLoaded<frmScanResultsEXEs>() && s->isVisible());
-    QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
-    QVERIFY(!Forms::isLoaded<frmScanDisc>() && Forms::get<frmMainMenu>()->isVisible());
 }
 
 void TestScan::failurePastTheStartFolder()
@@ -560,27 +545,20 @@ void TestScan::cancel()
     const QString disc = makeDisc("cancel");
     for (int i = 0; i < 30; ++i)
         WriteTestFile(disc + QString("/F%1/Movie.mpg").arg(i), "mpg");
-    // "No" lets the scan run on to the viewer; "Yes" stops it before the next folder, back on the set-up.
-    for (const int answer : {int(vbNo), int(vbYes)}) {
-        MsgBoxResponder boxes;
-        auto *s = scanDisc(disc);
-        bool clicked = false;
-        nextWhileWatching(s, [&] {
-            if (!clicked && gFilesScanned >= 10 && Forms::isLoaded<frmScanProgress>()) {
-                clicked = true;
-                boxes.queue(answer);
-                QTest::mouseClick(Forms::get<frmScanProgress>()->cmdCancel, Qt::LeftButton);
-            }
-        });
-        QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
-        const qsizetype found = entries(gMediaFiles).size();
-        QVERIFY2(answer == vbNo ? found == 30 : found >= 10 && found < 30, qPrintable(QString::number(found)));
-        QCOMPARE(s->isVisible(), answer == vbYes);
-        QCOMPARE(Forms::isLoaded<frmScanResultsEXEs>(), answer == vbNo);
-        QVERIFY(!Forms::isLoaded<frmScanProgress>());
-        Forms::unload<frmScanResultsEXEs>();
-        Forms::unload<frmScanDisc>();
-    }
+    // Yes stops the scan before the next folder, back on the set-up screen.
+    MsgBoxResponder boxes;
+    auto *s = scanDisc(disc);
+    nextWhileWatching(s, [&] {
+        if (boxes.boxes().isEmpty() && gFilesScanned >= 10 && Forms::isLoaded<frmScanProgress>()) {
+            boxes.queue(vbYes);
+            QTest::mouseClick(Forms::get<frmScanProgress>()->cmdCancel, Qt::LeftButton);
+        }
+    });
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
+    const qsizetype found = entries(gMediaFiles).size();
+    QVERIFY2(found >= 10 && found < 30, qPrintable(QString::number(found)));
+    QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanResultsEXEs>() && !Forms::isLoaded<frmScanProgress>());
+    Forms::unload<frmScanDisc>();
 
     // Cancel while an archive expands: the member under way goes, the members before it stay, and the
     // extract folder is still walked at the level where the flag is not tested.
@@ -589,7 +567,6 @@ void TestScan::cancel()
     for (int i = 0; i < 200; ++i)
         members.append({QString("Part%1.dat").arg(i, 3, 10, QChar('0')).toUtf8(), QByteArray(4096, char('a' + i % 26))});
     WriteArchive(zipDisc + "/Big.zip", members);
-    MsgBoxResponder boxes;
     QString shownWhileExpanding;
     nextWhileWatching(scanDisc(zipDisc), [&] {
         if (!shownWhileExpanding.isEmpty() || !Forms::isLoaded<frmScanProgress>())
@@ -607,8 +584,6 @@ void TestScan::cancel()
     QCOMPARE(shownWhileExpanding, ShortenPath(zipDisc.toUpper() + "/BIG.ZIP", 40) + " | 0");
     const QStringList landed = filesBelow(m_extract + "/Big.zip");
     QVERIFY2(landed.contains("First.txt") && landed.size() < 201, qPrintable(QString::number(landed.size())));
-    for (const QString &f : landed)
-        QVERIFY(f == "First.txt" || QFileInfo(m_extract + "/Big.zip/" + f).size() == 4096);
     QCOMPARE(entries(gMediaFiles), QStringList{zipDisc.toUpper() + "/BIG.ZIP"});
 }
 
