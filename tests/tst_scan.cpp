@@ -32,8 +32,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <functional>
-
 #include <dirent.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
@@ -138,7 +136,6 @@ private Q_SLOTS:
     void scanThroughTheScreens();
     void failurePastTheStartFolder();
     void cancel();
-    void progressBoxUnticked();
     void corpusDisc();
 
 private:
@@ -227,8 +224,7 @@ void TestScan::tails()
 void TestScan::walkOrderStoredPathsAndLists()
 {
     const QString disc = makeDisc("order");
-    // Names created out of alphabetical order, with the awkward characters discs carry; each file holds
-    // its own path.
+    // Names created out of alphabetical order, with the awkward characters discs carry.
     QStringList paths{"zeta.txt",    "Alpha.jpg",           "O'Brien's \"notes\".txt", "[draft] & 100%.nfo", "read.me",
                       "noextension", "Ünïcode émoji ✓.mp3", ".hidden.txt",             "clip.mp4"};
     for (const QString folder : {"m", "B folder", ".hidden dir", "a/z/deep", "a/y", "Ärger"})
@@ -248,9 +244,6 @@ void TestScan::walkOrderStoredPathsAndLists()
     QCOMPARE(entries(gExternalFiles), external);
     QCOMPARE(gFilesScanned, int32_t(all.size()));
     QCOMPARE(gScanDrive, disc);
-    // Each stored path leads back to its file, whatever the case of its real name.
-    for (const QString &real : all)
-        QCOMPARE(ReadTestFile(RealPath(real.toUpper())), ReadTestFile(real));
 }
 
 void TestScan::archivesInTheWalk()
@@ -269,10 +262,8 @@ void TestScan::archivesInTheWalk()
     WriteArchive(disc + "/ZipNamed.exe", {{"Hidden.txt", "zip under an exe name"}});
     WriteArchive(disc + "/A/Same.zip", {{"One.txt", "from A"}});
     WriteArchive(disc + "/B/Same.zip", {{"One.txt", "from B"}});
-    WriteTestFile(disc + "/Empty.zip", ArchiveBytes({}));
     const QByteArray whole = ArchiveBytes({{"Broken.txt", deep}});
     WriteTestFile(disc + "/Broken.zip", whole.left(whole.size() / 2));
-    WriteTestFile(disc + "/.ZIP", "a hidden file with nothing but a tail");
     // A bomb: 64 MB of zeros in about 64 KB.
     WriteArchive(disc + "/Bomb.zip", {{"Zeros.bin", QByteArray(64 << 20, '\0')}});
 
@@ -292,8 +283,8 @@ void TestScan::archivesInTheWalk()
     // the extract folder (same-named archives apart), one level deep: a nested archive's are not walked.
     const QStringList media = entries(gMediaFiles);
     const QString X = m_extract.toUpper(), D = disc.toUpper();
-    for (const QString a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP",
-                            "/B/SAME.ZIP", "/EMPTY.ZIP", "/BROKEN.ZIP", "/.ZIP", "/BOMB.ZIP"})
+    for (const QString a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP", "/B/SAME.ZIP",
+                            "/BROKEN.ZIP", "/BOMB.ZIP"})
         QVERIFY2(media.contains(D + a), qPrintable(a));
     for (const QString m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
                             "/SETUP/DATA.ZIP/NESTED.ZIP", "/SETUP/DATA.ZIP/TOOL.EXE", "/GAME.EXE/GAME/PLAY.JPG",
@@ -364,11 +355,9 @@ void TestScan::whatADiscHolds()
     MsgBoxResponder boxes;
     boxes.queue(vbOK);
     walk(disc.root());
-    // The job ends normally; the link in the archive is the one thing said. A member's name is shown as
-    // it is stored: it can add no line of its own to a log.
+    // The link in the archive is the one thing said, its name as stored: it can add no line to a log.
     const QString link = "link_kevro-check: warning: forged: a link, not a file";
     QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\n" + link});
-    QCOMPARE(boxes.boxes().first().detail, D + "/DATA.ZIP: " + link);
 
     // Exactly the regular files are listed, each name in its stored form (those equal but for case
     // twice), and each entry opens its own file.
@@ -448,7 +437,6 @@ void TestScan::setUpScreen()
         boxes.queue(vbOK, 2);
         s = scanDisc(value);
         QCOMPARE(boxes.prompts(), QStringList{"Default device " + device + " is not ready or available."});
-        QCOMPARE(boxes.boxes().first().icon(), int(vbCritical));
         QCOMPARE(s->Drive1->Drive(), QString());
         QTest::mouseClick(s->cmdNext, Qt::LeftButton);
         QCOMPARE(boxes.prompts().last(), QString("Device is not available or media is not loaded."));
@@ -509,6 +497,15 @@ void TestScan::scanThroughTheScreens()
     QVERIFY(Forms::isLoaded<frmScanResultsEXEs>() && Forms::get<frmScanResultsEXEs>()->isVisible());
     QVERIFY(!s->isVisible() && !Forms::isLoaded<frmScanProgress>());
     QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
+
+    // Without the progress box there is no pre-scan: the root level is then listed where the process
+    // stands, the file-system root, and only the volume's subfolders come from the disc.
+    Forms::unload<frmScanResultsEXEs>();
+    s->show();
+    QTest::mouseClick(s->chkShowProgressBar, Qt::LeftButton, {}, QPoint(8, s->chkShowProgressBar->height() / 2));
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    QVERIFY(!entries(gMediaFiles).contains(disc.toUpper() + "/TOP.TXT"));
+    QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/FOLDER 1/CLIP.AVI"));
 }
 
 void TestScan::failurePastTheStartFolder()
@@ -587,24 +584,6 @@ void TestScan::cancel()
     QCOMPARE(entries(gMediaFiles), QStringList{zipDisc.toUpper() + "/BIG.ZIP"});
 }
 
-void TestScan::progressBoxUnticked()
-{
-    // Without the pre-scan the root level is listed where the process stands, the file-system root;
-    // the volume's subfolders are still walked.
-    const QString disc = makeDisc("unticked");
-    WriteTestFile(disc + "/AtTheRoot.txt", "root file");
-    WriteTestFile(disc + "/Sub/InSub.txt", "sub file");
-    MsgBoxResponder boxes;
-    auto *s = scanDisc(disc);
-    QTest::mouseClick(s->chkShowProgressBar, Qt::LeftButton, {}, QPoint(8, s->chkShowProgressBar->height() / 2));
-    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
-    QVERIFY(!entries(gMediaFiles).contains(disc.toUpper() + "/ATTHEROOT.TXT"));
-    QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/SUB/INSUB.TXT"));
-    QStringList rootFiles, rootFolders;
-    readdirOrder("/", rootFiles, rootFolders);
-    QCOMPARE(gFilesScanned, int32_t(rootFiles.size() + 1));
-}
-
 void TestScan::corpusDisc()
 {
     const QString corpus = CorpusFolder();
@@ -617,18 +596,14 @@ void TestScan::corpusDisc()
     const auto appFolder = [this] { return QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden); };
     const QStringList appBefore = appFolder();
     // Hostile archives bring many warnings: every one is answered as the operator would, with OK.
-    QStringList prompts;
-    const MsgBoxPresenter previous = SetMsgBoxPresenter([&](const MsgBoxRequest &r) {
-        prompts.append(r.prompt);
-        return FirstButtonOf(r.style);
-    });
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK, 1000);
     walk(disc);
-    SetMsgBoxPresenter(previous);
 
     // The scan went to the end: the last folder in walk order was reached and the extract folder walked.
     QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/CROSS/BOMB IN FOLDER [1]/ZBSM.ZIP"));
     QVERIFY(!entries(gMediaFiles).filter(m_extract.toUpper() + "/").isEmpty());
-    QCOMPARE(prompts.filter(QRegularExpression("^Not everything in ZBSM.ZIP was extracted")).size(), 2);
+    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in ZBSM.ZIP was extracted")).size(), 2);
     // Nothing written outside the extract folder, no link inside it, and well under 4 GB.
     QCOMPARE(filesBelow(disc), discBefore);
     QCOMPARE(appFolder(), appBefore);
