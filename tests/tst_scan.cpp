@@ -13,7 +13,6 @@
 #include "controls/Forms.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
-#include "platform/VbError.h"
 #include "scan/MediaWalker.h"
 #include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanDisc.h"
@@ -35,24 +34,21 @@
 #include <dirent.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 using M = FixtureMember;
 
-// The reference: every file below root, depth first, in readdir order: a folder's files, then each of
-// its folders.
+// The reference: every file below root in readdir order, a folder's files before its folders'.
 QStringList depthFirst(const QString &root)
 {
     QStringList files, folders;
     DIR *d = opendir(QFile::encodeName(root).constData());
-    while (const dirent *e = d ? readdir(d) : nullptr) {
+    while (const dirent *e = readdir(d)) {
         const QString name = QFile::decodeName(e->d_name);
         if (name != "." && name != "..")
             (QFileInfo(root + "/" + name).isDir() ? folders : files).append(root + "/" + name);
     }
-    if (d)
-        closedir(d);
+    closedir(d);
     for (const QString &sub : folders)
         files += depthFirst(sub);
     return files;
@@ -104,9 +100,8 @@ void walk(const QString &volume, MediaWalker::Display display = {})
 void nextWhileWatching(frmScanDisc *s, const std::function<void()> &look)
 {
     QTimer watch;
-    watch.setInterval(0);
     QObject::connect(&watch, &QTimer::timeout, look);
-    watch.start();
+    watch.start(0);
     QTest::mouseClick(s->cmdNext, Qt::LeftButton);
 }
 } // namespace
@@ -172,10 +167,8 @@ void TestScan::cleanup()
 
 QString TestScan::makeDisc(const QString &name)
 {
-    const QString root = m_discs.filePath(name);
-    QDir(root).removeRecursively();
-    QDir().mkpath(root);
-    return root;
+    QDir().mkpath(m_discs.filePath(name));
+    return m_discs.filePath(name);
 }
 
 frmScanDisc *TestScan::scanDisc(const QString &device)
@@ -221,9 +214,7 @@ void TestScan::walkOrderStoredPathsAndLists()
 void TestScan::archivesInTheWalk()
 {
     const QString disc = makeDisc("archives");
-    QByteArray deep;
-    for (int i = 0; i < 2000; ++i)
-        deep += QByteArray::number(i) + ' ';
+    const QByteArray deep = QByteArray("0123456789 ").repeated(1000);
     const QByteArray sfx = QByteArray("MZ") + QByteArray(1022, '\x90');
     WriteArchive(disc + "/Setup/Data.zip", {{"Docs/", {}, M::Folder}, {"Docs/ReadMe.txt", "read me"},
                                             {"Docs/Deep/Part.dat", deep}, {"Tool.exe", "MZ not an archive"},
@@ -252,22 +243,21 @@ void TestScan::archivesInTheWalk()
                                                "Expansion stopped at Zeros.bin")).size(), 1);
 
     // Archives stay in the list whether or not they expanded; the second pass lists their members below
-    // the extract folder (same-named archives apart), one level deep: a nested archive's are not walked.
-    const QStringList media = entries(gMediaFiles);
-    const QString X = m_extract.toUpper(), D = disc.toUpper();
+    // the extract folder (same-named archives apart), one level deep: a nested archive's are not walked,
+    // and a member stopped part way left nothing.
+    QStringList listed = entries(gMediaFiles) + entries(gExternalFiles), expected;
     for (const QString a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP", "/B/SAME.ZIP",
                             "/BROKEN.ZIP", "/BOMB.ZIP"})
-        QVERIFY2(media.contains(D + a), qPrintable(a));
+        expected << disc.toUpper() + a;
     for (const QString m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
                             "/SETUP/DATA.ZIP/NESTED.ZIP", "/SETUP/DATA.ZIP/TOOL.EXE", "/GAME.EXE/GAME/PLAY.JPG",
                             "/ZIPNAMED.EXE/HIDDEN.TXT", "/A/SAME.ZIP/ONE.TXT", "/B/SAME.ZIP/ONE.TXT"})
-        QVERIFY2(media.contains(X + m), qPrintable(m));
-    QVERIFY(media.filter("INNER.TXT").isEmpty());
+        expected << m_extract.toUpper() + m;
+    listed.sort();
+    expected.sort();
+    QCOMPARE(listed, expected);
     const QString innerTarget = m_extract + "/" + (m_extract + "/Setup/Data.zip/Nested.zip").mid(1);
     QCOMPARE(ReadTestFile(innerTarget + "/Inner.txt"), QByteArray("inner member"));
-    // What did not expand left nothing, and nothing escaped.
-    for (const char *none : {"/Plain.exe", "/Broken.zip", "/Bomb.zip/Zeros.bin"})
-        QVERIFY2(!QFileInfo::exists(m_extract + none), none);
     QCOMPARE(filesBelow(m_discs.path()).filter("escape") + filesBelow(m_extract).filter("escape"), QStringList());
 }
 
@@ -285,7 +275,8 @@ void TestScan::walkFaults()
     // The second folder met cannot be read: its level ends with the warning, the levels above go on.
     const QString locked = disc + "/" + folders[1], first = "/" + folders[0].toUpper() + "/";
     chmod(QFile::encodeName(locked).constData(), 0700);
-    // As root, permissions only bind once the file-system identity is somebody else's.
+    // As root, permissions only bind once the file-system identity is somebody else's (for anyone else
+    // setfsuid changes nothing).
     for (const QString &from : {disc, m_extract})
         for (QString p = from; p != "/"; p = QFileInfo(p).path())
             chmod(QFile::encodeName(p).constData(), 0755);
@@ -293,12 +284,9 @@ void TestScan::walkFaults()
     boxes.queue(vbOK, 2);
     MediaWalker w;
     w.SetDrive(disc);
-    const bool root = geteuid() == 0;
-    if (root)
-        setfsuid(65534);
+    setfsuid(65534);
     w.ScanFiles();
-    if (root)
-        setfsuid(0);
+    setfsuid(0);
     QCOMPARE(boxes.prompts(), QStringList{"Error 70"});
     // A log line says which folder and why, and what else the walk left out with it.
     QCOMPARE(boxes.boxes().first().detail, locked + ": the folder cannot be read (Permission denied); "
@@ -333,8 +321,7 @@ void TestScan::whatADiscHolds()
     const QString link = "link_kevro-check: warning: forged: a link, not a file";
     QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\n" + link});
 
-    // Exactly the regular files are listed, each name in its stored form (those equal but for case
-    // twice), and each entry opens its own file.
+    // Exactly the regular files, in stored form (case twins twice), each entry opening its own file.
     QStringList listed, expected;
     Occurrences occurrence;
     for (const QString &path : entries(gMediaFiles) + entries(gExternalFiles))
@@ -347,14 +334,12 @@ void TestScan::whatADiscHolds()
     QCOMPARE(gFilesScanned, int32_t(listed.size()));
     QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
 
-    // Nothing was written outside the extract folder. No member landed in it as a link; the links there
-    // are the ways to the two files whose real paths no text can hold, into the disc.
+    // Nothing was written outside; the extract folder's links are the ways into the two unnamable files.
     QCOMPARE(filesBelow(disc.outside()), (QStringList{"SECRET.TXT", "passwd"}));
-    const QStringList links = linksBelow(m_extract);
-    QCOMPARE(links.size(), 2);
-    for (const QString &l : links)
-        QVERIFY2(QFileInfo(l).canonicalFilePath().startsWith(QFileInfo(disc.root()).canonicalFilePath() + "/"),
-                 qPrintable(l));
+    const QString inside = QFileInfo(disc.root()).canonicalFilePath() + "/";
+    QCOMPARE(linksBelow(m_extract).size(), 2);
+    for (const QString &l : linksBelow(m_extract))
+        QVERIFY2(QFileInfo(l).canonicalFilePath().startsWith(inside), qPrintable(l));
 }
 
 void TestScan::volumeHoldingTheApplicationFolder()
@@ -362,10 +347,9 @@ void TestScan::volumeHoldingTheApplicationFolder()
     // KEVRO installed on the volume it scans, reached through a link of its own: its own folders are no
     // part of the disc, and the archive's members are walked once, in the extract folder's pass.
     const QString disc = makeDisc("holds-app"), app = disc + "/Programs/KEVRO";
-    WriteTestFile(disc + "/README.TXT", "disc");
-    WriteTestFile(disc + "/Programs/Other.txt", "another program's");
-    WriteTestFile(app + "/kevro.ini", "[Devices]");
-    WriteTestFile(app + "/reports/OLD.txt", "an old report");
+    for (const QString &f :
+         {disc + "/README.TXT", disc + "/Programs/Other.txt", app + "/kevro.ini", app + "/reports/OLD.txt"})
+        WriteTestFile(f, "text");
     WriteArchive(disc + "/Setup.zip", {{"Member.txt", "member"}});
     QDir().mkpath(app + "/extract");
     const QByteArray home = qgetenv("KEVRO_HOME");
@@ -386,7 +370,7 @@ void TestScan::setUpScreen()
     // A master copied to a folder deep in a share: the path runs past the buffer a drive letter needs.
     const QString disc = makeDisc("setup/a master delivered as a folder copy, deep enough to be long");
     // A folder named in kevro.ini joins the list and is chosen. Nothing ticked, and nothing but the
-    // progress box ticked, are the same refusal.
+    // progress box ticked, are the same refusal; Back goes to the main menu.
     MsgBoxResponder boxes;
     auto *s = scanDisc(disc);
     QCOMPARE(s->Drive1->Drive(), disc);
@@ -396,25 +380,19 @@ void TestScan::setUpScreen()
     boxes.queue(vbOK);
     QTest::mouseClick(s->cmdNext, Qt::LeftButton);
     QCOMPARE(boxes.prompts(), QStringList{"You must select something to scan."});
-    QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
-    // Back goes to the main menu.
     QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
     QVERIFY(!Forms::isLoaded<frmScanDisc>() && Forms::get<frmMainMenu>()->isVisible());
 
     // A default device that is not there (none in kevro.ini reads as "Nowt"): a letter is named as a
-    // drive, a folder as itself. No drive stands chosen by itself (never the system's root): Next has
-    // nothing to scan.
+    // drive, a folder as itself. No drive stands chosen by itself, never the system's root.
     const QList<std::pair<QString, QString>> devices{{QString(), "N:\\"}, {"q", "Q:\\"}, {disc + "/gone", disc + "/gone"}};
     for (const auto &[value, device] : devices) {
         QFile::remove(m_app.file("kevro.ini"));
         boxes.clear();
-        boxes.queue(vbOK, 2);
+        boxes.queue(vbOK);
         s = scanDisc(value);
         QCOMPARE(boxes.prompts(), QStringList{"Default device " + device + " is not ready or available."});
         QCOMPARE(s->Drive1->Drive(), QString());
-        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
-        QCOMPARE(boxes.prompts().last(), QString("Device is not available or media is not loaded."));
-        QVERIFY(!Forms::isLoaded<frmScanProgress>());
         Forms::unload<frmScanDisc>();
     }
 
@@ -468,8 +446,7 @@ void TestScan::scanThroughTheScreens()
     QVERIFY(std::is_sorted(bar.begin(), bar.end()));
     QCOMPARE(bar.last(), 75);
     // With executables ticked the scan ends on the application viewer; the progress screen is gone.
-    QVERIFY(Forms::isLoaded<frmScanResultsEXEs>() && Forms::get<frmScanResultsEXEs>()->isVisible());
-    QVERIFY(!s->isVisible() && !Forms::isLoaded<frmScanProgress>());
+    QVERIFY(Forms::get<frmScanResultsEXEs>()->isVisible() && !s->isVisible() && !Forms::isLoaded<frmScanProgress>());
     QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
 
     // Without the progress box there is no pre-scan: the root level is then listed where the process
@@ -484,9 +461,8 @@ void TestScan::scanThroughTheScreens()
 
 void TestScan::failurePastTheStartFolder()
 {
-    // A failure of the judgement as the first review screen loads is no missing disc: nothing expects it,
-    // so it ends the program with the platform's message (here, a component whose application has no
-    // name, read for the file that matches it).
+    // A failure of the judgement as the first review screen loads (here a matching component whose
+    // application has no name) is no missing disc: the program ends with the platform's message.
     const QString disc = makeDisc("nameless");
     WriteTestFile(disc + "/NAMELESS.EXE", "MZ");
     const auto sql = [](std::initializer_list<const char *> statements) {
@@ -496,10 +472,9 @@ void TestScan::failurePastTheStartFolder()
         CloseDatabase();
     };
     sql({"INSERT INTO KEVRO_APPS (APP_NAME, APP_OWNER, APP_REQUIRES_LICENSE, APP_LICENSE_PER_MEDIA) "
-         "VALUES ('Nameless', 1, False, False)",
+         "VALUES (NULL, 1, False, False)",
          "INSERT INTO KEVRO_APP_COMPONENTS (EXE_APP, EXE_NAME, EXE_DESCRIPTION) "
-         "SELECT APP_ID, 'NAMELESS.EXE', 'x' FROM KEVRO_APPS WHERE APP_NAME = 'Nameless'",
-         "UPDATE KEVRO_APPS SET APP_NAME = NULL WHERE APP_NAME = 'Nameless'"});
+         "SELECT APP_ID, 'NAMELESS.EXE', 'x' FROM KEVRO_APPS WHERE APP_NAME IS NULL"});
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     MsgBoxResponder boxes;
@@ -564,10 +539,11 @@ void TestScan::corpusDisc()
     if (corpus.isEmpty())
         QSKIP("skipped: no corpus");
     const QString disc = m_discs.filePath("corpus");
-    QDir(disc).removeRecursively();
     QCOMPARE(QProcess::execute("bash", {corpus + "/make_disc.sh", disc, "--readonly"}), 0);
     const QStringList discBefore = filesBelow(disc);
-    const auto appFolder = [this] { return QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden); };
+    const auto appFolder = [this] {
+        return QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    };
     const QStringList appBefore = appFolder();
     // Hostile archives bring many warnings: every one is answered as the operator would, with OK.
     MsgBoxResponder boxes;
