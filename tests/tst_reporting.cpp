@@ -99,10 +99,8 @@ private Q_SLOTS:
 
 private:
     void useCatalogue(const QString &engine);
-    // The job of the format tests: known, un-licensed and unknown programs, archive members, files of
-    // every kind, ticks of several kinds.
+    // The catalogue of the format tests and the whole job.
     void fillCatalogue();
-    JobResults fullJob();
     // Main menu (client, catalogue number), Scan Disc, programs, text and external files, Next.
     void scanFromTheMainMenu(const QString &disc, const QString &catalogue, bool html);
     frmScanSummary *summaryShown();
@@ -178,18 +176,6 @@ void TestReporting::fillCatalogue()
     m_catalogue.addApp(QStringLiteral("Omega Edit"), {QStringLiteral("OMEGA.EXE")}, true);
 }
 
-JobResults TestReporting::fullJob()
-{
-    JobResults r = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
-    r.video = {QString::number(CountViewerFiles(ViewerKind::Video)), QStringLiteral("1")};
-    // The audio screen was left by Back: its tick never reached the summary.
-    r.audio = {QStringLiteral("1"), QStringLiteral("0")};
-    r.images = {QString::number(CountViewerFiles(ViewerKind::Image)), QStringLiteral("1")};
-    r.text = {QString::number(CountViewerFiles(ViewerKind::Text)), QStringLiteral("2")};
-    r.external = {QString::number(CountViewerFiles(ViewerKind::External)), QStringLiteral("1")};
-    return r;
-}
-
 void TestReporting::reportFormats_data()
 {
     // The expected file names the job (a full disc with all files or the checked ones, or an empty disc)
@@ -204,10 +190,11 @@ void TestReporting::reportFormats()
 {
     QFETCH(QString, expected);
     const ReportFormat format = expected.endsWith(".html") ? ReportFormat::Html : ReportFormat::Text;
+    const bool full = !expected.startsWith("empty");
     Disc disc;
     fillCatalogue();
-    JobResults results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
-    if (!expected.startsWith("empty")) {
+    if (full) {
+        // Known, un-licensed and unknown programs, archive members, files of every kind.
         for (const auto &[name, bytes] : QList<std::pair<QString, int>>{
                  {"PLAYER.EXE", 4000}, {"BIN/ZETA.EXE", 9000}, {"BIN/BETA.EXE", 1500}, {"TOOLS/MYSTERY.EXE", 700},
                  {"DATA.ZIP", 12000}, {"DATA.ZIP/OMEGA.EXE", 5000}, {"DATA.ZIP/HELPER.EXE", 2100},
@@ -229,7 +216,15 @@ void TestReporting::reportFormats()
         AddCheckedItem(stored("README.TXT") + " (0 KB)", "Text");
         AddCheckedItem(stored("INTRO.AVI") + " (30 KB)", "Video");
         AddCheckedItem(autorun + " (1 KB)", "External");
-        results = fullJob();
+    }
+    JobResults results = ResultsOfEvaluation(EvaluateExecutables(gMediaFiles, gClientCode));
+    if (full) {
+        results.video = {QString::number(CountViewerFiles(ViewerKind::Video)), QStringLiteral("1")};
+        // The audio screen was left by Back: its tick never reached the summary.
+        results.audio = {QStringLiteral("1"), QStringLiteral("0")};
+        results.images = {QString::number(CountViewerFiles(ViewerKind::Image)), QStringLiteral("1")};
+        results.text = {QString::number(CountViewerFiles(ViewerKind::Text)), QStringLiteral("2")};
+        results.external = {QString::number(CountViewerFiles(ViewerKind::External)), QStringLiteral("1")};
     }
     const QString path = ReportPath(gCatalogueNumber, format);
     WriteReportFile(path, format, results, !expected.startsWith("full-checked"));
@@ -301,17 +296,8 @@ void TestReporting::failuresLoseNothing()
     QFile::remove(ReportsFolder());
     QDir().mkpath(ReportsFolder());
 
-    // The report's name is taken by a folder: the question, then the writer's own message, which has
-    // no blank before "occured".
-    boxes.clear();
-    QDir().mkpath(ReportPath(gCatalogueNumber, ReportFormat::Html));
-    boxes.queue(vbYes);
-    boxes.queue(vbOK);
-    SaveReport(ReportFormat::Html, NoResults);
-    QCOMPARE(boxes.prompts().value(1), QStringLiteral("Error 75occured while saving report.  Can not display report."));
-    QDir(ReportPath(gCatalogueNumber, ReportFormat::Html)).removeRecursively();
-
-    // The disc fills up half way: what was written stays. No failure opened anything.
+    // The disc fills up half way: what was written stays, and the writer's own message has no blank
+    // before "occured". No failure opened anything.
     boxes.clear();
     for (int i = 0; i < 3000; ++i)
         AppendToList(gExternalFiles, QStringLiteral("/D/FILE%1.XYZ").arg(i, 5, 10, QLatin1Char('0')));
@@ -364,102 +350,64 @@ void TestReporting::summaryScreen()
         after << l->text();
     QCOMPARE(after, (QStringList{"0", "0", "0", "0", "5", "5"}));
 
-    // Back with only the EXE box ticked: the application viewer, this screen hidden, not unloaded.
-    for (QCheckBox *box : {scan->chkVideoFiles, scan->chkAudioFiles, scan->chkImageFiles, scan->chkTextFiles,
-                           scan->chkOtherFiles})
-        box->setChecked(false);
-    Click(s->cmdPrevious);
-    QVERIFY(shown<frmScanResultsEXEs>() && Forms::isLoaded<frmScanSummary>() && s->isHidden());
-
-    // Finish without a report: No stays, Yes goes home with the job's client code.
-    s->show();
+    // Finish without a report: No stays, Yes goes home with the job's client code. A report answered No
+    // still counts as created: Finish then asks nothing.
     boxes.queue(vbNo);
     Click(s->cmdFinish);
-    QCOMPARE(boxes.prompts(), QStringList{"A scan report has not been created.  Are you sure you want to continue?"});
     QVERIFY(s->isVisible());
     boxes.queue(vbYes);
     Click(s->cmdFinish);
     QVERIFY(!Forms::isLoaded<frmScanSummary>() && shown<frmMainMenu>());
     QCOMPARE(Forms::get<frmMainMenu>()->cmbClientCode->currentText(), gClientCode);
-
-    // A report answered No still counts as created: Finish asks nothing.
-    boxes.clear();
     s = summaryShown();
     WriteTestFile(ReportPath(gCatalogueNumber, ReportFormat::Html), "old");
     boxes.queue(vbNo);
     Click(s->cmdPrintReport);
     Click(s->cmdFinish);
-    QCOMPARE(boxes.prompts().size(), 1);
+    const QString notCreated = QStringLiteral("A scan report has not been created.  Are you sure you want to continue?");
+    QCOMPARE(boxes.prompts(), (QStringList{notCreated, notCreated, "A report for this media already exists. Are you "
+                                                                   "sure you want to overwrite this file?"}));
     QVERIFY(!Forms::isLoaded<frmScanSummary>());
 
     // Back with no box ticked: the scan set-up, and this screen is unloaded.
     s = summaryShown();
-    scan->chkEXEFiles->setChecked(false);
+    for (QCheckBox *box : {scan->chkEXEFiles, scan->chkVideoFiles, scan->chkAudioFiles, scan->chkImageFiles,
+                           scan->chkTextFiles, scan->chkOtherFiles})
+        box->setChecked(false);
     Click(s->cmdPrevious);
     QVERIFY(!Forms::isLoaded<frmScanSummary>() && shown<frmScanDisc>());
-
-    // The close box takes the clean road out: the extract folder emptied, the program ended with 0.
-    s = summaryShown();
-    const QString leftOver = WriteTestFile(ExtractFolder() + QStringLiteral("/SETUP/A.TXT"), "member");
-    QList<int> ended;
-    SetEndProcessHook([&](int code) { ended << code; });
-    s->close();
-    QCOMPARE(ended, QList<int>{0});
-    QVERIFY(!QFile::exists(leftOver));
 }
 
 void TestReporting::reportViewer()
 {
     MsgBoxResponder boxes;
-    const QString none = QStringLiteral("No reports were found in the KEVRO reports directory.");
-    // Only the pictures: the message, and a double click on the empty list does nothing.
+    // Only the pictures: the message, and a double click on the empty list opens nothing.
     boxes.queue(vbOK);
-    auto *menu = Forms::get<frmMainMenu>();
-    menu->show();
-    Click(Control<QToolButton>(menu, "cmdReports"));
-    QTRY_COMPARE(boxes.prompts(), QStringList{none});
-    auto *viewer = shown<frmReportViewer>();
-    QVERIFY(viewer);
-    FlexGrid *grid = viewer->gridReports;
-    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
+    auto *viewer = Forms::get<frmReportViewer>();
+    viewer->show();
+    QTRY_COMPARE(boxes.prompts(), QStringList{"No reports were found in the KEVRO reports directory."});
+    QTest::mouseDClick(viewer->gridReports->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
     QVERIFY(m_opened.isEmpty());
-
-    // Another window was active meanwhile (the About box, say); coming back lists anew. Reports added by
-    // hand show, sorted by name; capitals and pictures do not.
-    const auto activateAgain = [viewer] {
-        auto *about = Forms::get<frmMainMenu>();
-        about->show();
-        QApplication::sendEvent(about, new QEvent(QEvent::WindowActivate));
-        QTest::qWait(10);
-        about->hide();
-        QApplication::sendEvent(viewer, new QEvent(QEvent::WindowActivate));
-        QTest::qWait(10);
-    };
+    // Back goes to the main menu; its Reports button lists anew. Reports added by hand show, sorted by
+    // name; capitals and pictures do not.
+    Click(viewer->cmdPrevious);
+    QVERIFY(!Forms::isLoaded<frmReportViewer>());
     for (const char *name : {"KV-2.txt", "KV-1.html", "KV-1.txt", "SHOUT.HTML", "notes.md", "Kv-0.html"})
         WriteTestFile(ReportsFolder() + QLatin1Char('/') + QLatin1String(name), "r");
-    activateAgain();
+    QVERIFY(shown<frmMainMenu>());
+    Click(Control<QToolButton>(Forms::get<frmMainMenu>(), "cmdReports"));
+    FlexGrid *grid = Forms::get<frmReportViewer>()->gridReports;
+    QTRY_COMPARE(grid->Rows(), 4);
     QStringList names;
     for (int r = 0; r < grid->Rows(); ++r)
         names << grid->TextMatrix(r, 1);
     QCOMPARE(names, (QStringList{"Kv-0.html", "KV-1.html", "KV-1.txt", "KV-2.txt"}));
-    QCOMPARE(boxes.prompts(), QStringList{none});
-
+    QCOMPARE(boxes.prompts().size(), 1);
     // A double click opens the row's report.
     const QPoint third = grid->visualRect(grid->model()->index(2, 1)).center();
     QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, third);
     QTest::mouseDClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier, third);
     QCOMPARE(m_opened, QStringList{ReportsFolder() + QStringLiteral("/KV-1.txt")});
-
-    // Without the installation's reports folder the listing fails: the runtime's message, the screen stays.
-    QVERIFY(QDir().rename(ReportsFolder(), ReportsFolder() + QStringLiteral(".away")));
-    boxes.clear();
-    boxes.queue(vbOK);
-    activateAgain();
-    QDir().rename(ReportsFolder() + QStringLiteral(".away"), ReportsFolder());
-    QCOMPARE(boxes.prompts(), QStringList{QStringLiteral("Run-time error '76':\n\nPath not found")});
-    QVERIFY(viewer->isVisible() && grid->Rows() == 0);
-    Click(viewer->cmdPrevious);
-    QVERIFY(!Forms::isLoaded<frmReportViewer>() && shown<frmMainMenu>());
 }
 
 void TestReporting::scanFromTheMainMenu(const QString &disc, const QString &catalogue, bool html)
@@ -578,8 +526,7 @@ void TestReporting::kevroCheckExitCodes()
     QCOMPARE(ok.code, 0);
     const QString txt = ReportsFolder() + QStringLiteral("/KV_9.txt");
     QCOMPARE(ok.out, txt + QLatin1Char('\n'));
-    QVERIFY2(ok.err.startsWith(QLatin1String("kevro-check: warning: ")) && ok.err.contains(QLatin1String("ZIPPY.ZIP")),
-             qPrintable(ok.err));
+    QVERIFY2(ok.err.contains(QLatin1String("ZIPPY.ZIP")), qPrintable(ok.err));
     for (const QString &w : ok.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
         QVERIFY2(w.startsWith(QLatin1String("kevro-check: warning: ")) && !w.contains(QLatin1Char('\r')), qPrintable(w));
     QCOMPARE(ReadTestFile(IniFileName()), ini);
@@ -620,7 +567,6 @@ void TestReporting::kevroCheckRefusesWhileAnotherWorks()
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     desktop.setProcessEnvironment(env);
-    desktop.setProcessChannelMode(QProcess::MergedChannels);
     const QString before = WriteTestFile(ExtractFolder() + QStringLiteral("/LEFT.ZIP/OLD.EXE"), "old");
     desktop.start(QStringLiteral(KEVRO_BUILD_APP_DIR "/kevro"));
     QVERIFY(desktop.waitForStarted());
