@@ -13,7 +13,6 @@
 #include "controls/Forms.h"
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
-#include "platform/VbError.h"
 #include "scan/MediaWalker.h"
 #include "review/frmScanResultsEXEs.h"
 #include "scan/frmScanDisc.h"
@@ -23,56 +22,36 @@
 #include "shell/frmMainMenu.h"
 
 #include <QCheckBox>
-#include <QComboBox>
-#include <QDir>
 #include <QDirIterator>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
 #include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-#include <QToolButton>
-
-#include <functional>
 
 #include <dirent.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 using M = FixtureMember;
 
-// The reference: a folder's entries as readdir gives them, files and folders apart.
-void readdirOrder(const QString &folder, QStringList &files, QStringList &folders)
-{
-    DIR *d = opendir(QFile::encodeName(folder).constData());
-    QVERIFY(d);
-    while (const dirent *e = readdir(d)) {
-        const QString name = QFile::decodeName(e->d_name);
-        if (name == "." || name == "..")
-            continue;
-        (QFileInfo(folder + "/" + name).isDir() ? folders : files).append(name);
-    }
-    closedir(d);
-}
-
-// Every file below root, depth first: a folder's files, then each of its folders, all in readdir order.
+// The reference: every file below root in readdir order, a folder's files before its folders'.
 QStringList depthFirst(const QString &root)
 {
     QStringList files, folders;
-    readdirOrder(root, files, folders);
-    QStringList out;
-    for (const QString &f : files)
-        out.append(root + "/" + f);
+    DIR *d = opendir(QFile::encodeName(root).constData());
+    while (const dirent *e = readdir(d)) {
+        const QString name = QFile::decodeName(e->d_name);
+        if (name != "." && name != "..")
+            (QFileInfo(root + "/" + name).isDir() ? folders : files).append(root + "/" + name);
+    }
+    closedir(d);
     for (const QString &sub : folders)
-        out += depthFirst(root + "/" + sub);
-    return out;
+        files += depthFirst(sub);
+    return files;
 }
 
 QStringList entries(const QStringList &list)
@@ -90,11 +69,20 @@ QStringList filesBelow(const QString &root)
     return out;
 }
 
-QByteArray sfxStub()
+// The links below a folder; the bytes its files hold are added up.
+QStringList linksBelow(const QString &root, int64_t *bytes = nullptr)
 {
-    QByteArray stub("MZ");
-    stub.append(QByteArray(1022, '\x90'));
-    return stub;
+    QStringList links;
+    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo f(it.next());
+        if (f.isSymLink())
+            links.append(f.filePath());
+        else if (bytes && f.isFile())
+            *bytes += f.size();
+    }
+    return links;
 }
 
 // Runs the scan logic over a volume with no screen, the way the batch runner will.
@@ -112,9 +100,8 @@ void walk(const QString &volume, MediaWalker::Display display = {})
 void nextWhileWatching(frmScanDisc *s, const std::function<void()> &look)
 {
     QTimer watch;
-    watch.setInterval(0);
     QObject::connect(&watch, &QTimer::timeout, look);
-    watch.start();
+    watch.start(0);
     QTest::mouseClick(s->cmdNext, Qt::LeftButton);
 }
 } // namespace
@@ -126,8 +113,6 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
-    void tails_data();
-    void tails();
     void walkOrderStoredPathsAndLists();
     void archivesInTheWalk();
     void walkFaults();
@@ -137,8 +122,6 @@ private Q_SLOTS:
     void scanThroughTheScreens();
     void failurePastTheStartFolder();
     void cancel();
-    void progressBoxUnticked();
-    void menuLeadsToTheScan();
     void corpusDisc();
 
 private:
@@ -184,10 +167,8 @@ void TestScan::cleanup()
 
 QString TestScan::makeDisc(const QString &name)
 {
-    const QString root = m_discs.filePath(name);
-    QDir(root).removeRecursively();
-    QDir().mkpath(root);
-    return root;
+    QDir().mkpath(m_discs.filePath(name));
+    return m_discs.filePath(name);
 }
 
 frmScanDisc *TestScan::scanDisc(const QString &device)
@@ -199,143 +180,85 @@ frmScanDisc *TestScan::scanDisc(const QString &device)
     return s;
 }
 
-void TestScan::tails_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<int>("tail");
-    const int known = int(FileTail::Recognised), archive = int(FileTail::ArchiveCandidate),
-              unknown = int(FileTail::Unknown);
-    for (const char *t : {"JPG", "GIF", "BMP", "AVI", "MOV", "ASF", "WMV", "TXT", "NFO", "MPE", "MPG", "DAT", "MP3",
-                          "WAV", "AIF", "VOB", "INI"})
-        QTest::newRow(t) << QString("/D/FILE.") + t << known;
-    QTest::newRow("READ.ME") << "/D/READ.ME" << known;
-    QTest::newRow("MOVIE.MPEG") << "/D/MOVIE.MPEG" << known;
-    QTest::newRow("A.JPEG") << "/D/A.JPEG" << known;
-    QTest::newRow("X.README") << "/D/X.README" << known;
-    QTest::newRow("ends in ME without a dot") << "/D/PROGRAMME" << unknown;
-    QTest::newRow("folder ends in .ME") << "/D/HOME/FILE" << unknown;
-    QTest::newRow("SETUP.ZIP") << "/D/SETUP.ZIP" << archive;
-    QTest::newRow("GAME.EXE") << "/D/GAME.EXE" << archive;
-    QTest::newRow("named exactly .ZIP") << "/D/.ZIP" << archive;
-    QTest::newRow("NAME.EXE.BAK") << "/D/NAME.EXE.BAK" << unknown;
-    QTest::newRow("no extension") << "/D/LICENCE" << unknown;
-    QTest::newRow("MP4") << "/D/CLIP.MP4" << unknown;
-    QTest::newRow("TXT without dot") << "/D/NOTTXT" << unknown;
-    QTest::newRow("lower case is never stored") << "/D/file.txt" << unknown;
-}
-
-void TestScan::tails()
-{
-    QFETCH(QString, path);
-    QFETCH(int, tail);
-    QCOMPARE(int(ClassifyTail(path)), tail);
-}
-
 void TestScan::walkOrderStoredPathsAndLists()
 {
     const QString disc = makeDisc("order");
-    // Names created out of alphabetical order, with the awkward characters discs carry.
-    const QStringList names{"zeta.txt", "Alpha.jpg", "O'Brien's \"notes\".txt", "[draft] & 100%.nfo", "read.me",
-                            "Ünïcode émoji ✓.mp3", ".hidden.txt", "noextension", "NAME.EXE.BAK", "movie.mpeg",
-                            "x.readme", "a.jpeg", "clip.mp4"};
-    for (const QString &n : names)
-        WriteTestFile(disc + "/" + n, n.toUtf8());
-    for (const char *folder : {"m", "B folder", ".hidden dir", "a/z/deep", "a/y", "Ärger"}) {
-        WriteTestFile(disc + "/" + folder + "/in " + QString(folder).replace('/', '_') + ".wav", "wave");
-        WriteTestFile(disc + "/" + folder + "/other.bin", "other");
-    }
+    // Names created out of alphabetical order, with the awkward characters discs carry. Media are the
+    // viewers' tails (a dot and three letters, or a few longer ones) and the archives' ZIP and EXE; a
+    // name that only ends like one is an external file.
+    QStringList paths{"zeta.txt", "Alpha.jpg", "O'Brien's \"notes\".txt", "[draft] & 100%.nfo", "Ünïcode émoji ✓.mp3",
+                      ".hidden.txt", "a.gif", "a.bmp", "a.avi", "a.mov", "a.asf", "a.wmv", "a.mpe", "a.mpg", "a.dat",
+                      "a.wav", "a.aif", "a.vob", "a.ini", "read.me", "movie.mpeg", "a.jpeg", "x.readme", "setup.zip",
+                      "game.exe", ".zip"};
+    const QStringList external{"noextension", "programme", "nottxt", "clip.mp4", "name.exe.bak", "other.bin"};
+    paths += external;
+    for (const QString folder : {"m", "B folder", ".hidden dir", "a/z/deep", "a/y", "Ärger"})
+        paths << folder + "/in.wav" << folder + "/other.bin";
+    for (const QString &p : paths)
+        WriteTestFile(disc + "/" + p, p.toUtf8());
     QDir().mkpath(disc + "/empty");
 
     MsgBoxResponder boxes;
     walk(disc);
     QCOMPARE(boxes.prompts(), QStringList());
-
     const QStringList all = depthFirst(disc);
-    QStringList media, external;
+    QStringList media, externalFiles;
     for (const QString &p : all)
-        (ClassifyTail(p.toUpper()) == FileTail::Unknown ? external : media).append(p.toUpper());
+        (external.contains(QFileInfo(p).fileName()) ? externalFiles : media).append(p.toUpper());
     QCOMPARE(entries(gMediaFiles), media);
-    QCOMPARE(entries(gExternalFiles), external);
+    QCOMPARE(entries(gExternalFiles), externalFiles);
     QCOMPARE(gFilesScanned, int32_t(all.size()));
     QCOMPARE(gScanDrive, disc);
-    QVERIFY(entries(gMediaFiles).contains((disc + "/.HIDDEN DIR/IN .HIDDEN DIR.WAV").toUpper()));
-    QVERIFY(entries(gMediaFiles).contains((disc + "/.hidden.txt").toUpper()));
-    // Each stored path leads back to its file, whatever the case of its real name.
-    for (const QString &real : all)
-        QCOMPARE(ReadTestFile(RealPath(real.toUpper())), ReadTestFile(real));
 }
 
 void TestScan::archivesInTheWalk()
 {
     const QString disc = makeDisc("archives");
-    QByteArray deep;
-    for (int i = 0; i < 2000; ++i)
-        deep += QByteArray::number(i) + ' ';
-    const QByteArray inner = ArchiveBytes({{"Inner.txt", "inner member"}});
-    // Written by a DOS tool: its names carry no UTF-8 mark.
-    WriteTestFile(disc + "/Setup/Data.zip", DosArchiveBytes({{"Docs/", {}, M::Folder},
-                                                             {"Docs/ReadMe.txt", "read me"},
-                                                             {"Docs/Deep/Part.dat", deep},
-                                                             {"Nested.zip", inner},
-                                                             {"Tool.exe", "MZ not an archive"},
-                                                             {"\x81" "ber.txt", "code page 437"},
-                                                             {"../escape.txt", "must not land"}}));
-    WriteTestFile(disc + "/Game.exe", sfxStub() + ArchiveBytes({{"Game/Play.jpg", "picture"}}));
-    WriteTestFile(disc + "/Plain.exe", sfxStub() + QByteArray(4096, 'p'));
+    const QByteArray deep = QByteArray("0123456789 ").repeated(1000);
+    const QByteArray sfx = QByteArray("MZ") + QByteArray(1022, '\x90');
+    WriteArchive(disc + "/Setup/Data.zip", {{"Docs/", {}, M::Folder}, {"Docs/ReadMe.txt", "read me"},
+                                            {"Docs/Deep/Part.dat", deep}, {"Tool.exe", "MZ not an archive"},
+                                            {"Nested.zip", ArchiveBytes({{"Inner.txt", "inner member"}})},
+                                            {"../escape.txt", "must not land"}});
+    WriteTestFile(disc + "/Game.exe", sfx + ArchiveBytes({{"Game/Play.jpg", "picture"}}));
+    WriteTestFile(disc + "/Plain.exe", sfx + QByteArray(4096, 'p'));
     WriteArchive(disc + "/ZipNamed.exe", {{"Hidden.txt", "zip under an exe name"}});
     WriteArchive(disc + "/A/Same.zip", {{"One.txt", "from A"}});
     WriteArchive(disc + "/B/Same.zip", {{"One.txt", "from B"}});
-    WriteTestFile(disc + "/Empty.zip", ArchiveBytes({}));
     const QByteArray whole = ArchiveBytes({{"Broken.txt", deep}});
     WriteTestFile(disc + "/Broken.zip", whole.left(whole.size() / 2));
-    WriteTestFile(disc + "/.ZIP", "a hidden file with nothing but a tail");
     // A bomb: 64 MB of zeros in about 64 KB.
     WriteArchive(disc + "/Bomb.zip", {{"Zeros.bin", QByteArray(64 << 20, '\0')}});
 
     MsgBoxResponder boxes;
-    for (int i = 0; i < 3; ++i)
-        boxes.queue(vbOK);
+    boxes.queue(vbOK, 3);
     walk(disc);
-
-    const QString X = m_extract.toUpper();
-    const QString D = disc.toUpper();
     // One box for the damaged archive, one for each archive that could not be extracted whole.
-    QCOMPARE(boxes.prompts().filter("Error 321 while reading Zip file.  Zip file will be ignored").size(), 1);
-    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in DATA.ZIP was extracted:\n\n"
-                                                       "\\.\\./escape\\.txt: leads outside")).size(), 1);
-    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in BOMB.ZIP was extracted:\n\n"
-                                                       "Expansion stopped at Zeros.bin")).size(), 1);
-    QCOMPARE(boxes.prompts().size(), 3);
+    const QStringList prompts = boxes.prompts();
+    QCOMPARE(prompts.size(), 3);
+    QCOMPARE(prompts.filter("Error 321 while reading Zip file.  Zip file will be ignored").size(), 1);
+    QCOMPARE(prompts.filter(QRegularExpression("^Not everything in DATA.ZIP was extracted:\n\n"
+                                               "\\.\\./escape\\.txt: leads outside")).size(), 1);
+    QCOMPARE(prompts.filter(QRegularExpression("^Not everything in BOMB.ZIP was extracted:\n\n"
+                                               "Expansion stopped at Zeros.bin")).size(), 1);
 
-    // Archives stay in the list whether or not they expanded; the layout keeps their origin.
-    const QStringList media = entries(gMediaFiles);
-    for (const char *a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP",
-                             "/B/SAME.ZIP", "/EMPTY.ZIP", "/BROKEN.ZIP", "/.ZIP", "/BOMB.ZIP"})
-        QVERIFY2(media.contains(D + a), a);
-    QCOMPARE(filesBelow(m_extract + "/Setup/Data.zip").filter(QRegularExpression("^[^/]*/?[^/]*$")),
-             (QStringList{"Docs/ReadMe.txt", "Nested.zip", "Tool.exe", QString::fromUtf8("\u00fcber.txt")}));
-    QCOMPARE(ReadTestFile(m_extract + "/Game.exe/Game/Play.jpg"), QByteArray("picture"));
-    QCOMPARE(ReadTestFile(m_extract + "/A/Same.zip/One.txt"), QByteArray("from A"));
-    QCOMPARE(ReadTestFile(m_extract + "/B/Same.zip/One.txt"), QByteArray("from B"));
-    QCOMPARE(ReadTestFile(m_extract + "/ZipNamed.exe/Hidden.txt"), QByteArray("zip under an exe name"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/Plain.exe") && !QFileInfo::exists(m_extract + "/Broken.zip"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/Setup/escape.txt") && !QFileInfo::exists(disc + "/escape.txt"));
-    QVERIFY(!QFileInfo::exists(m_extract + "/Bomb.zip/Zeros.bin"));
-
-    // The second pass: members are stored in upper case below the extract folder and open by that path.
-    for (const char *m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
-                             "/SETUP/DATA.ZIP/NESTED.ZIP", "/SETUP/DATA.ZIP/TOOL.EXE", "/GAME.EXE/GAME/PLAY.JPG",
-                             "/A/SAME.ZIP/ONE.TXT", "/B/SAME.ZIP/ONE.TXT"})
-        QVERIFY2(media.contains(X + m), m);
-    QCOMPARE(ReadTestFile(RealPath(X + "/SETUP/DATA.ZIP/DOCS/README.TXT")), QByteArray("read me"));
-    QVERIFY(media.contains(X + QString::fromUtf8("/SETUP/DATA.ZIP/\u00dcBER.TXT")));
-    // One level of nesting: the inner archive is expanded below its own stored path, its members not walked.
+    // Archives stay in the list whether or not they expanded; the second pass lists their members below
+    // the extract folder (same-named archives apart), one level deep: a nested archive's are not walked,
+    // and a member stopped part way left nothing.
+    QStringList listed = entries(gMediaFiles) + entries(gExternalFiles), expected;
+    for (const QString a : {"/SETUP/DATA.ZIP", "/GAME.EXE", "/PLAIN.EXE", "/ZIPNAMED.EXE", "/A/SAME.ZIP", "/B/SAME.ZIP",
+                            "/BROKEN.ZIP", "/BOMB.ZIP"})
+        expected << disc.toUpper() + a;
+    for (const QString m : {"/SETUP/DATA.ZIP/DOCS/README.TXT", "/SETUP/DATA.ZIP/DOCS/DEEP/PART.DAT",
+                            "/SETUP/DATA.ZIP/NESTED.ZIP", "/SETUP/DATA.ZIP/TOOL.EXE", "/GAME.EXE/GAME/PLAY.JPG",
+                            "/ZIPNAMED.EXE/HIDDEN.TXT", "/A/SAME.ZIP/ONE.TXT", "/B/SAME.ZIP/ONE.TXT"})
+        expected << m_extract.toUpper() + m;
+    listed.sort();
+    expected.sort();
+    QCOMPARE(listed, expected);
     const QString innerTarget = m_extract + "/" + (m_extract + "/Setup/Data.zip/Nested.zip").mid(1);
     QCOMPARE(ReadTestFile(innerTarget + "/Inner.txt"), QByteArray("inner member"));
-    QVERIFY(media.filter("INNER.TXT").isEmpty());
-    // Nothing escaped the extract folder.
-    QCOMPARE(filesBelow(disc).filter("escape"), QStringList());
-    QCOMPARE(QDir(m_discs.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).filter("escape"), QStringList());
+    QCOMPARE(filesBelow(m_discs.path()).filter("escape") + filesBelow(m_extract).filter("escape"), QStringList());
 }
 
 void TestScan::walkFaults()
@@ -345,131 +268,92 @@ void TestScan::walkFaults()
         WriteTestFile(disc + "/" + f + "/file.txt", "x");
         WriteTestFile(disc + "/" + f + "/sub/file.txt", "x");
     }
-    QStringList files, folders;
-    readdirOrder(disc, files, folders);
+    QStringList folders; // in the order the walk meets them
+    for (const QString &p : depthFirst(disc))
+        if (const QString f = p.mid(disc.size() + 1).section('/', 0, 0); !folders.contains(f))
+            folders.append(f);
     // The second folder met cannot be read: its level ends with the warning, the levels above go on.
-    const QString locked = folders[1];
-    QFile::setPermissions(disc + "/" + locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    // As root, permissions only bind once the file-system identity is somebody else's.
+    const QString locked = disc + "/" + folders[1], first = "/" + folders[0].toUpper() + "/";
+    chmod(QFile::encodeName(locked).constData(), 0700);
+    // As root, permissions only bind once the file-system identity is somebody else's (for anyone else
+    // setfsuid changes nothing).
     for (const QString &from : {disc, m_extract})
         for (QString p = from; p != "/"; p = QFileInfo(p).path())
             chmod(QFile::encodeName(p).constData(), 0755);
-    const bool root = geteuid() == 0;
-    {
-        MsgBoxResponder boxes;
-        boxes.queue(vbOK);
-        MediaWalker w;
-        w.SetDrive(disc);
-        if (root)
-            setfsuid(65534);
-        w.ScanFiles();
-        if (root)
-            setfsuid(0);
-        QCOMPARE(boxes.prompts(), QStringList{"Error 70"});
-        QCOMPARE(boxes.boxes().first().icon(), int(vbExclamation));
-        // A log line says which folder and why, and what else the walk left out with it.
-        QCOMPARE(boxes.boxes().first().detail, disc + "/" + locked + ": the folder cannot be read (Permission denied); "
-                                               "it was left out, and with it the 2 folders after it in " + disc);
-        QStringList walked;
-        for (const QString &p : entries(gMediaFiles))
-            walked.append(p.section('/', -2, -2) == "SUB" ? p.section('/', -3, -3) + "/sub" : p.section('/', -2, -2));
-        QCOMPARE(walked, (QStringList{folders[0].toUpper(), folders[0].toUpper() + "/sub"}));
-    }
-    QFile::setPermissions(disc + "/" + locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
-                                                  QFileDevice::ReadOther | QFileDevice::ExeOther);
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK, 2);
+    MediaWalker w;
+    w.SetDrive(disc);
+    setfsuid(65534);
+    w.ScanFiles();
+    setfsuid(0);
+    QCOMPARE(boxes.prompts(), QStringList{"Error 70"});
+    // A log line says which folder and why, and what else the walk left out with it.
+    QCOMPARE(boxes.boxes().first().detail, locked + ": the folder cannot be read (Permission denied); "
+                                           "it was left out, and with it the 2 folders after it in " + disc);
+    QCOMPARE(entries(gMediaFiles), (QStringList{disc.toUpper() + first + "FILE.TXT", disc.toUpper() + first + "SUB/FILE.TXT"}));
+    chmod(QFile::encodeName(locked).constData(), 0755);
 
     // A folder taken away while the walk runs: listed before, gone when its turn comes.
-    {
-        const QString last = folders.last();
-        MsgBoxResponder boxes;
-        boxes.queue(vbOK);
-        bool removed = false;
-        walk(disc, {[&](const QString &label) {
-                        if (!removed && label.contains("/" + folders.first().toUpper() + "/")) {
-                            removed = true;
-                            QDir(disc + "/" + last).removeRecursively();
-                        }
-                    },
-                    {}, {}, {}, {}, {}, {}, {}});
-        QVERIFY(removed);
-        QCOMPARE(boxes.prompts(), QStringList{"Error 76"});
-        QCOMPARE(boxes.boxes().first().detail, disc + "/" + last + ": the folder cannot be read (Path not found); "
-                                               "it was left out");
-        QVERIFY(entries(gMediaFiles).filter("/" + folders[1].toUpper() + "/").size() == 2);
-    }
-
-    // The volume itself is gone: the failure reaches the caller.
-    MediaWalker gone;
-    gone.SetDrive(disc + "/nothing here");
-    QVERIFY_THROWS_EXCEPTION(VbError, gone.ScanFiles());
+    boxes.clear();
+    const QString last = disc + "/" + folders.last();
+    bool removed = false;
+    MediaWalker::Display display;
+    display.currentAction = [&](const QString &label) {
+        if (!removed && label.contains(first))
+            removed = QDir(last).removeRecursively();
+    };
+    walk(disc, display);
+    QVERIFY(removed);
+    QCOMPARE(boxes.prompts(), QStringList{"Error 76"});
+    QCOMPARE(boxes.boxes().first().detail, last + ": the folder cannot be read (Path not found); it was left out");
+    QCOMPARE(entries(gMediaFiles).filter("/" + folders[1].toUpper() + "/").size(), 2);
 }
 
 void TestScan::whatADiscHolds()
 {
     HostileDisc disc;
-    const QString D = disc.root().toUpper();
-    const QString X = m_extract.toUpper();
+    const QString D = disc.root().toUpper(), X = m_extract.toUpper();
     MsgBoxResponder boxes;
     boxes.queue(vbOK);
     walk(disc.root());
-    // The job ends normally; the link in the archive is the one thing said.
-    // A member's name is shown as it is stored: it can add no line of its own to a log.
+    // The link in the archive is the one thing said, its name as stored: it can add no line to a log.
     const QString link = "link_kevro-check: warning: forged: a link, not a file";
     QCOMPARE(boxes.prompts(), QStringList{"Not everything in DATA.ZIP was extracted:\n\n" + link});
-    QCOMPARE(boxes.boxes().first().detail, D + "/DATA.ZIP: " + link);
 
-    // Exactly the regular files are listed, each name in its stored form, those equal but for case twice.
-    QStringList expected;
-    for (const HostileDisc::File &f : disc.files())
-        expected.append((f.member ? X : D) + f.stored);
-    QStringList listed = entries(gMediaFiles) + entries(gExternalFiles);
-    QCOMPARE(gFilesScanned, int32_t(listed.size()));
-    expected.sort();
-    listed.sort();
-    QCOMPARE(listed, expected);
-    QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
-
-    // Every entry opens its own file: each regular file is reached exactly once.
-    QList<QByteArray> reached, held;
+    // Exactly the regular files, in stored form (case twins twice), each entry opening its own file.
+    QStringList listed, expected;
     Occurrences occurrence;
     for (const QString &path : entries(gMediaFiles) + entries(gExternalFiles))
-        reached.append(ReadTestFile(RealPath(path, occurrence(path))));
+        listed.append(path + " = " + QString::fromUtf8(ReadTestFile(RealPath(path, occurrence(path)))));
     for (const HostileDisc::File &f : disc.files())
-        held.append(f.contents);
-    std::sort(reached.begin(), reached.end());
-    std::sort(held.begin(), held.end());
-    QCOMPARE(reached, held);
+        expected.append((f.member ? X : D) + f.stored + " = " + QString::fromUtf8(f.contents));
+    listed.sort();
+    expected.sort();
+    QCOMPARE(listed, expected);
+    QCOMPARE(gFilesScanned, int32_t(listed.size()));
+    QCOMPARE(entries(gExternalFiles), QStringList{D + "/A_B.BIN"});
 
-    // Nothing was written outside the extract folder. No member landed in it as a link; the links there
-    // are the ways to the files whose real paths no text can hold, each leading to its file of the disc.
+    // Nothing was written outside; the extract folder's links are the ways into the two unnamable files.
     QCOMPARE(filesBelow(disc.outside()), (QStringList{"SECRET.TXT", "passwd"}));
-    QStringList links;
-    QDirIterator it(m_extract, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QFileInfo f(it.next());
-        if (f.isSymLink())
-            links.append(f.fileName() + ": " + QString::fromUtf8(ReadTestFile(f.filePath())));
-    }
-    links.sort();
-    QCOMPARE(links, (QStringList{"bad__name.txt: not UTF-8", "in.txt: in a folder whose name is no text"}));
+    const QString inside = QFileInfo(disc.root()).canonicalFilePath() + "/";
+    QCOMPARE(linksBelow(m_extract).size(), 2);
+    for (const QString &l : linksBelow(m_extract))
+        QVERIFY2(QFileInfo(l).canonicalFilePath().startsWith(inside), qPrintable(l));
 }
 
 void TestScan::volumeHoldingTheApplicationFolder()
 {
-    // KEVRO installed on the volume it scans: its own folders are no part of the disc, and the
-    // archive's members are walked once, in the extract folder's pass.
-    const QString disc = makeDisc("holds-app");
-    const QString app = disc + "/Programs/KEVRO";
-    WriteTestFile(disc + "/README.TXT", "disc");
-    WriteTestFile(disc + "/Programs/Other.txt", "another program's");
-    WriteTestFile(app + "/kevro.ini", "[Devices]");
-    WriteTestFile(app + "/reports/OLD.txt", "an old report");
+    // KEVRO installed on the volume it scans, reached through a link of its own: its own folders are no
+    // part of the disc, and the archive's members are walked once, in the extract folder's pass.
+    const QString disc = makeDisc("holds-app"), app = disc + "/Programs/KEVRO";
+    for (const QString &f :
+         {disc + "/README.TXT", disc + "/Programs/Other.txt", app + "/kevro.ini", app + "/reports/OLD.txt"})
+        WriteTestFile(f, "text");
     WriteArchive(disc + "/Setup.zip", {{"Member.txt", "member"}});
     QDir().mkpath(app + "/extract");
     const QByteArray home = qgetenv("KEVRO_HOME");
     qputenv("KEVRO_HOME", QFile::encodeName(app));
-    // The volume reached through a link of its own: the folders are known as the same folders all the same.
     const QString volume = m_discs.filePath("holds-app-link");
     QVERIFY(QFile::link(disc, volume));
     MsgBoxResponder boxes;
@@ -485,53 +369,43 @@ void TestScan::setUpScreen()
 {
     // A master copied to a folder deep in a share: the path runs past the buffer a drive letter needs.
     const QString disc = makeDisc("setup/a master delivered as a folder copy, deep enough to be long");
-    // A folder named in kevro.ini joins the list and is chosen.
-    {
-        MsgBoxResponder boxes;
-        auto *s = scanDisc(disc);
-        QCOMPARE(boxes.prompts(), QStringList());
-        QCOMPARE(s->Drive1->Drive(), disc);
-
-        // Nothing ticked, and nothing but the progress box ticked, are the same refusal.
-        for (const char *name : {"chkEXEFiles", "chkVideoFiles", "chkAudioFiles", "chkImageFiles", "chkTextFiles",
-                                 "chkOtherFiles"}) {
-            auto *box = s->findChild<QCheckBox *>(name);
-            QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
-            QVERIFY2(!box->isChecked(), name);
-        }
-        boxes.queue(vbOK);
-        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
-        QCOMPARE(boxes.prompts(), QStringList{"You must select something to scan."});
-        QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
-        Forms::unload<frmScanDisc>();
-    }
-    // A default device that is not there: a letter is named as a drive, a folder as itself.
-    for (const auto &[value, message] : {std::pair{QString("q"), QString("Default device Q:\\ is not ready or available.")},
-                                         std::pair{QString(""), QString("Default device :\\ is not ready or available.")},
-                                         std::pair{disc + "/gone", "Default device " + disc + "/gone is not ready or available."}}) {
-        MsgBoxResponder boxes;
-        boxes.queue(vbOK, 2);
-        auto *s = scanDisc(value);
-        QCOMPARE(boxes.prompts(), QStringList{message});
-        QCOMPARE(boxes.boxes().first().icon(), int(vbCritical));
-        // No drive stands chosen by itself (never the system's root): Next has nothing to scan.
-        QCOMPARE(s->Drive1->Drive(), QString());
-        QTest::mouseClick(s->cmdNext, Qt::LeftButton);
-        QCOMPARE(boxes.prompts().last(), QString("Device is not available or media is not loaded."));
-        QVERIFY(!Forms::isLoaded<frmScanProgress>());
-        Forms::unload<frmScanDisc>();
-    }
-
-    // The volume vanishes between the choice and Next: the message, and the extract folder emptied.
-    WriteTestFile(m_extract + "/LEFT/OVER.TXT", "from the last scan");
+    // A folder named in kevro.ini joins the list and is chosen. Nothing ticked, and nothing but the
+    // progress box ticked, are the same refusal; Back goes to the main menu.
     MsgBoxResponder boxes;
     auto *s = scanDisc(disc);
-    QDir(disc).removeRecursively();
+    QCOMPARE(s->Drive1->Drive(), disc);
+    for (QCheckBox *box : {s->chkEXEFiles, s->chkVideoFiles, s->chkAudioFiles, s->chkImageFiles, s->chkTextFiles,
+                           s->chkOtherFiles})
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
     boxes.queue(vbOK);
     QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    QCOMPARE(boxes.prompts(), QStringList{"You must select something to scan."});
+    QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
+    QVERIFY(!Forms::isLoaded<frmScanDisc>() && Forms::get<frmMainMenu>()->isVisible());
+
+    // A default device that is not there (none in kevro.ini reads as "Nowt"): a letter is named as a
+    // drive, a folder as itself. No drive stands chosen by itself, never the system's root.
+    const QList<std::pair<QString, QString>> devices{{QString(), "N:\\"}, {"q", "Q:\\"}, {disc + "/gone", disc + "/gone"}};
+    for (const auto &[value, device] : devices) {
+        QFile::remove(m_app.file("kevro.ini"));
+        boxes.clear();
+        boxes.queue(vbOK);
+        s = scanDisc(value);
+        QCOMPARE(boxes.prompts(), QStringList{"Default device " + device + " is not ready or available."});
+        QCOMPARE(s->Drive1->Drive(), QString());
+        Forms::unload<frmScanDisc>();
+    }
+
+    // The volume vanishes between the choice and Next: the walk's failure reaches the screen, which
+    // comes back with the message, and the extract folder is emptied.
+    WriteTestFile(m_extract + "/LEFT/OVER.TXT", "from the last scan");
+    boxes.clear();
+    boxes.queue(vbOK);
+    s = scanDisc(disc);
+    QDir(disc).removeRecursively();
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
     QCOMPARE(boxes.prompts(), QStringList{"Device is not available or media is not loaded."});
-    QVERIFY(s->isVisible());
-    QVERIFY(!Forms::isLoaded<frmScanProgress>());
+    QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanProgress>());
     QCOMPARE(filesBelow(m_extract), QStringList());
 }
 
@@ -546,21 +420,25 @@ void TestScan::scanThroughTheScreens()
     auto *s = scanDisc(disc);
     QStringList stages, archivesShown;
     QList<int> bar;
-    // Follow the screen while it works: what its labels and bars show as the walk goes.
+    // Follow the screen while it works: what its labels and bars show as the walk goes. A cancel answered
+    // No lets the scan run on.
     nextWhileWatching(s, [&] {
         if (!Forms::isLoaded<frmScanProgress>())
             return;
         auto *p = Forms::get<frmScanProgress>();
-        const QString stage = p->findChild<QGroupBox *>("frmWhatIsProgressing")->title();
+        const QString stage = p->frmWhatIsProgressing->title(), zip = p->lblCompressedFileProgress->text();
         if (stages.isEmpty() || stages.last() != stage)
             stages.append(stage);
-        const QString zip = p->findChild<QLabel *>("lblCompressedFileProgress")->text();
         if (!zip.isEmpty() && !archivesShown.contains(zip))
             archivesShown.append(zip);
         if (stage == "Scanning media...")
-            bar.append(p->findChild<QProgressBar *>("ProgressBar")->value());
+            bar.append(p->ProgressBar->value());
+        if (!bar.isEmpty() && boxes.boxes().isEmpty()) {
+            boxes.queue(vbNo);
+            QTest::mouseClick(p->cmdCancel, Qt::LeftButton);
+        }
     });
-    QCOMPARE(boxes.prompts(), QStringList());
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
     // The pre-scan's caption is never painted: no events are pumped before the walk's caption replaces it.
     QCOMPARE(stages, (QStringList{"Scanning Disc", "Scanning media...", "Processing archive files..."}));
     QCOMPARE(archivesShown, QStringList{"Decompressing PACK.ZIP"});
@@ -568,48 +446,42 @@ void TestScan::scanThroughTheScreens()
     QVERIFY(std::is_sorted(bar.begin(), bar.end()));
     QCOMPARE(bar.last(), 75);
     // With executables ticked the scan ends on the application viewer; the progress screen is gone.
-    QVERIFY(!s->isVisible());
-    QVERIFY(Forms::isLoaded<frmScanResultsEXEs>() && Forms::get<frmScanResultsEXEs>()->isVisible());
-    QVERIFY(!Forms::isLoaded<frmScanProgress>());
+    QVERIFY(Forms::get<frmScanResultsEXEs>()->isVisible() && !s->isVisible() && !Forms::isLoaded<frmScanProgress>());
     QCOMPARE(entries(gMediaFiles).size(), 1 + 4 + 1 + 1);
-    QVERIFY(entries(gMediaFiles).contains(m_extract.toUpper() + "/FOLDER 0/PACK.ZIP/PACKED.GIF"));
-    QCOMPARE(gScanDrive, disc);
-    QCOMPARE(FirstReviewScreen({}), QString("frmScanResultsEXEs"));
-    QCOMPARE(FirstReviewScreen({false, false, false, false, true, true}), QString("frmScanResultsText"));
-    QCOMPARE(FirstReviewScreen({false, false, false, false, false, true}), QString("frmScanResultsOther"));
 
-    // Back from the viewer throws its evaluation away; back again goes to the main menu.
-    QTest::mouseClick(Forms::get<frmScanResultsEXEs>()->cmdPrevious, Qt::LeftButton);
-    QVERIFY(!Forms::isLoaded<frmScanResultsEXEs>() && s->isVisible());
-    QTest::mouseClick(s->cmdPrevious, Qt::LeftButton);
-    QVERIFY(!Forms::isLoaded<frmScanDisc>());
-    QVERIFY(Forms::isLoaded<frmMainMenu>() && Forms::get<frmMainMenu>()->isVisible());
+    // Without the progress box there is no pre-scan: the root level is then listed where the process
+    // stands, the file-system root, and only the volume's subfolders come from the disc.
+    Forms::unload<frmScanResultsEXEs>();
+    s->show();
+    QTest::mouseClick(s->chkShowProgressBar, Qt::LeftButton, {}, QPoint(8, s->chkShowProgressBar->height() / 2));
+    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
+    QVERIFY(!entries(gMediaFiles).contains(disc.toUpper() + "/TOP.TXT"));
+    QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/FOLDER 1/CLIP.AVI"));
 }
 
 void TestScan::failurePastTheStartFolder()
 {
-    // A failure of the judgement as the first review screen loads is no missing disc: nothing expects it,
-    // so it ends the program with the platform's message (here, a component whose application has no
-    // name, read for the file that matches it).
+    // A failure of the judgement as the first review screen loads (here a matching component whose
+    // application has no name) is no missing disc: the program ends with the platform's message.
     const QString disc = makeDisc("nameless");
     WriteTestFile(disc + "/NAMELESS.EXE", "MZ");
-    const auto sql = [](const QString &statement) {
+    const auto sql = [](std::initializer_list<const char *> statements) {
         OpenDatabase();
-        gConnection->Execute(statement);
+        for (const char *statement : statements)
+            gConnection->Execute(statement);
         CloseDatabase();
     };
-    sql("INSERT INTO KEVRO_APPS (APP_NAME, APP_OWNER, APP_REQUIRES_LICENSE, APP_LICENSE_PER_MEDIA) "
-        "VALUES ('Nameless', 1, False, False)");
-    sql("INSERT INTO KEVRO_APP_COMPONENTS (EXE_APP, EXE_NAME, EXE_DESCRIPTION) "
-        "SELECT APP_ID, 'NAMELESS.EXE', 'x' FROM KEVRO_APPS WHERE APP_NAME = 'Nameless'");
-    sql("UPDATE KEVRO_APPS SET APP_NAME = NULL WHERE APP_NAME = 'Nameless'");
+    sql({"INSERT INTO KEVRO_APPS (APP_NAME, APP_OWNER, APP_REQUIRES_LICENSE, APP_LICENSE_PER_MEDIA) "
+         "VALUES (NULL, 1, False, False)",
+         "INSERT INTO KEVRO_APP_COMPONENTS (EXE_APP, EXE_NAME, EXE_DESCRIPTION) "
+         "SELECT APP_ID, 'NAMELESS.EXE', 'x' FROM KEVRO_APPS WHERE APP_NAME IS NULL"});
     QList<int> ended;
     SetEndProcessHook([&](int code) { ended << code; });
     MsgBoxResponder boxes;
     boxes.queue(vbOK);
     QTest::mouseClick(scanDisc(disc)->cmdNext, Qt::LeftButton);
-    sql("DELETE FROM KEVRO_APP_COMPONENTS WHERE EXE_NAME = 'NAMELESS.EXE'");
-    sql("DELETE FROM KEVRO_APPS WHERE APP_NAME IS NULL");
+    sql({"DELETE FROM KEVRO_APP_COMPONENTS WHERE EXE_NAME = 'NAMELESS.EXE'",
+         "DELETE FROM KEVRO_APPS WHERE APP_NAME IS NULL"});
     QCOMPARE(boxes.prompts(), QStringList{"Run-time error '94':\n\nInvalid use of Null"});
     QCOMPARE(ended, QList<int>{1});
 }
@@ -619,34 +491,20 @@ void TestScan::cancel()
     const QString disc = makeDisc("cancel");
     for (int i = 0; i < 30; ++i)
         WriteTestFile(disc + QString("/F%1/Movie.mpg").arg(i), "mpg");
-
-    // "No" lets the scan run on; "Yes" stops it before the next folder.
-    for (const int answer : {int(vbNo), int(vbYes)}) {
-        MsgBoxResponder boxes;
-        auto *s = scanDisc(disc);
-        bool clicked = false;
-        nextWhileWatching(s, [&] {
-            if (!clicked && gFilesScanned >= 10 && Forms::isLoaded<frmScanProgress>()) {
-                clicked = true;
-                boxes.queue(answer);
-                QTest::mouseClick(Forms::get<frmScanProgress>()->cmdCancel, Qt::LeftButton);
-            }
-        });
-        QVERIFY(clicked);
-        QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
-        QCOMPARE(boxes.boxes().first().style, int(vbYesNo | vbExclamation));
-        const qsizetype found = entries(gMediaFiles).size();
-        if (answer == vbNo)
-            QCOMPARE(found, 30);
-        else
-            QVERIFY2(found >= 10 && found < 30, qPrintable(QString::number(found)));
-        // A scan that ran to its end goes on to the viewer; a cancelled one back to the set-up.
-        QCOMPARE(s->isVisible(), answer == vbYes);
-        QCOMPARE(Forms::isLoaded<frmScanResultsEXEs>(), answer == vbNo);
-        QVERIFY(!Forms::isLoaded<frmScanProgress>());
-        Forms::unload<frmScanResultsEXEs>();
-        Forms::unload<frmScanDisc>();
-    }
+    // Yes stops the scan before the next folder, back on the set-up screen.
+    MsgBoxResponder boxes;
+    auto *s = scanDisc(disc);
+    nextWhileWatching(s, [&] {
+        if (boxes.boxes().isEmpty() && gFilesScanned >= 10 && Forms::isLoaded<frmScanProgress>()) {
+            boxes.queue(vbYes);
+            QTest::mouseClick(Forms::get<frmScanProgress>()->cmdCancel, Qt::LeftButton);
+        }
+    });
+    QCOMPARE(boxes.prompts(), QStringList{"Are you sure you want to cancel scan?"});
+    const qsizetype found = entries(gMediaFiles).size();
+    QVERIFY2(found >= 10 && found < 30, qPrintable(QString::number(found)));
+    QVERIFY(s->isVisible() && !Forms::isLoaded<frmScanResultsEXEs>() && !Forms::isLoaded<frmScanProgress>());
+    Forms::unload<frmScanDisc>();
 
     // Cancel while an archive expands: the member under way goes, the members before it stay, and the
     // extract folder is still walked at the level where the flag is not tested.
@@ -655,68 +513,24 @@ void TestScan::cancel()
     for (int i = 0; i < 200; ++i)
         members.append({QString("Part%1.dat").arg(i, 3, 10, QChar('0')).toUtf8(), QByteArray(4096, char('a' + i % 26))});
     WriteArchive(zipDisc + "/Big.zip", members);
-    MsgBoxResponder boxes;
-    bool clicked = false;
     QString shownWhileExpanding;
     nextWhileWatching(scanDisc(zipDisc), [&] {
-        if (clicked || !Forms::isLoaded<frmScanProgress>())
+        if (!shownWhileExpanding.isEmpty() || !Forms::isLoaded<frmScanProgress>())
             return;
         auto *p = Forms::get<frmScanProgress>();
         if (p->lblCompressedFileProgress->text().startsWith("Decompressing") &&
             QFileInfo::exists(m_extract + "/Big.zip/First.txt")) {
-            clicked = true;
             shownWhileExpanding = p->lblCurrentAction->text() + " | " + p->lblFilesScannedNumber->text();
             boxes.queue(vbYes);
             QTest::mouseClick(p->cmdCancel, Qt::LeftButton);
         }
     });
-    QVERIFY(clicked);
     // While an archive expands its path is on the screen; the count is shown once the folder's files
     // are classified, so the root folder's archive still sees the count of the start.
     QCOMPARE(shownWhileExpanding, ShortenPath(zipDisc.toUpper() + "/BIG.ZIP", 40) + " | 0");
     const QStringList landed = filesBelow(m_extract + "/Big.zip");
-    QVERIFY(landed.contains("First.txt"));
-    QVERIFY2(landed.size() < 201, qPrintable(QString::number(landed.size())));
-    for (const QString &f : landed)
-        QVERIFY(f == "First.txt" || QFileInfo(m_extract + "/Big.zip/" + f).size() == 4096);
+    QVERIFY2(landed.contains("First.txt") && landed.size() < 201, qPrintable(QString::number(landed.size())));
     QCOMPARE(entries(gMediaFiles), QStringList{zipDisc.toUpper() + "/BIG.ZIP"});
-}
-
-void TestScan::progressBoxUnticked()
-{
-    const QString disc = makeDisc("unticked");
-    WriteTestFile(disc + "/AtTheRoot.txt", "root file");
-    WriteTestFile(disc + "/Sub/InSub.txt", "sub file");
-    MsgBoxResponder boxes;
-    auto *s = scanDisc(disc);
-    QTest::mouseClick(s->chkShowProgressBar, Qt::LeftButton, {}, QPoint(8, s->chkShowProgressBar->height() / 2));
-    QVERIFY(!s->chkShowProgressBar->isChecked());
-    QTest::mouseClick(s->cmdNext, Qt::LeftButton);
-    // Without the pre-scan the root level is listed where the process stands, the file-system root;
-    // the volume's subfolders are still walked.
-    const QStringList media = entries(gMediaFiles);
-    QVERIFY(!media.contains(disc.toUpper() + "/ATTHEROOT.TXT"));
-    QVERIFY(media.contains(disc.toUpper() + "/SUB/INSUB.TXT"));
-    QStringList rootFiles, rootFolders;
-    readdirOrder("/", rootFiles, rootFolders);
-    QCOMPARE(gFilesScanned, int32_t(rootFiles.size() + 1 + 0));
-}
-
-void TestScan::menuLeadsToTheScan()
-{
-    MsgBoxResponder boxes;
-    boxes.queue(vbOK);
-    auto *m = Forms::get<frmMainMenu>();
-    m->show();
-    m->cmbClientCode->setFocus();
-    QTest::keyClick(m->cmbClientCode, Qt::Key_Down);
-    QVERIFY(!m->cmbClientName->currentText().isEmpty());
-    QTest::keyClicks(m->findChild<QLineEdit *>("txtCatNo"), "CAT-001");
-    QTest::mouseClick(m->cmdScanDisc, Qt::LeftButton);
-    // No kevro.ini: the default device is the fallback's first letter.
-    QCOMPARE(boxes.prompts(), QStringList{"Default device N:\\ is not ready or available."});
-    QVERIFY(Forms::isLoaded<frmScanDisc>() && Forms::get<frmScanDisc>()->isVisible());
-    QVERIFY(!Forms::isLoaded<frmMainMenu>());
 }
 
 void TestScan::corpusDisc()
@@ -725,36 +539,28 @@ void TestScan::corpusDisc()
     if (corpus.isEmpty())
         QSKIP("skipped: no corpus");
     const QString disc = m_discs.filePath("corpus");
-    QDir(disc).removeRecursively();
     QCOMPARE(QProcess::execute("bash", {corpus + "/make_disc.sh", disc, "--readonly"}), 0);
     const QStringList discBefore = filesBelow(disc);
-    const QStringList appBefore = QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    const auto appFolder = [this] {
+        return QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    };
+    const QStringList appBefore = appFolder();
     // Hostile archives bring many warnings: every one is answered as the operator would, with OK.
-    QStringList prompts;
-    const MsgBoxPresenter previous = SetMsgBoxPresenter([&](const MsgBoxRequest &r) {
-        prompts.append(r.prompt);
-        return FirstButtonOf(r.style);
-    });
+    MsgBoxResponder boxes;
+    boxes.queue(vbOK, 1000);
     walk(disc);
-    SetMsgBoxPresenter(previous);
 
     // The scan went to the end: the last folder in walk order was reached and the extract folder walked.
     QVERIFY(entries(gMediaFiles).contains(disc.toUpper() + "/CROSS/BOMB IN FOLDER [1]/ZBSM.ZIP"));
     QVERIFY(!entries(gMediaFiles).filter(m_extract.toUpper() + "/").isEmpty());
-    QVERIFY(prompts.filter(QRegularExpression("^Not everything in ZBSM.ZIP was extracted")).size() == 2);
+    QCOMPARE(boxes.prompts().filter(QRegularExpression("^Not everything in ZBSM.ZIP was extracted")).size(), 2);
     // Nothing written outside the extract folder, no link inside it, and well under 4 GB.
     QCOMPARE(filesBelow(disc), discBefore);
-    QCOMPARE(QDir(m_app.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), appBefore);
+    QCOMPARE(appFolder(), appBefore);
     for (const char *escaped : {"/tmp/PWNED.txt", "/tmp/evil.txt", "/tmp/Temp/evil.txt"})
         QVERIFY2(!QFileInfo::exists(escaped), escaped);
     int64_t bytes = 0;
-    QDirIterator it(m_extract, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QFileInfo f(it.next());
-        QVERIFY2(!f.isSymLink(), qPrintable(f.filePath()));
-        bytes += f.isFile() ? f.size() : 0;
-    }
+    QCOMPARE(linksBelow(m_extract, &bytes), QStringList());
     QVERIFY(bytes < (int64_t(4) << 30));
     // The read-only copy must not stay behind read-only for the temporary folder's removal.
     QProcess::execute("chmod", {"-R", "u+w", disc});
