@@ -43,6 +43,7 @@ class TestRecord final : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
+    void recordAgreesWithTheReport_data();
     void recordAgreesWithTheReport();
     void failOnTellsThePipeline();
     void programsUnderOtherNames();
@@ -91,11 +92,26 @@ QJsonObject TestRecord::record(const QString &volume, CheckRun &run)
     return errors.isEmpty() && run.code == 0 ? QJsonDocument::fromJson(json).object() : QJsonObject();
 }
 
+void TestRecord::recordAgreesWithTheReport_data()
+{
+    QTest::addColumn<bool>("image");
+    QTest::newRow("a folder") << false;
+    QTest::newRow("an image") << true;
+}
+
 void TestRecord::recordAgreesWithTheReport()
 {
+    QFETCH(bool, image);
+    QString volume = m_master;
+    if (image) {
+        volume = m_work.filePath(QStringLiteral("master.iso"));
+        if (QProcess::execute("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-o", volume, m_master}) != 0)
+            QSKIP("xorriso is missing (make test installs it)");
+    }
     CheckRun run;
-    const QJsonObject r = record(m_master, run);
+    const QJsonObject r = record(volume, run);
     QVERIFY(!r.isEmpty());
+    QCOMPARE(r["volume"].toObject()["type"].toString(), image ? "image" : "folder");
     QCOMPARE(r["report"].toString(), ReportPath(QStringLiteral("REC"), ReportFormat::Text));
 
     // Every file of the report's all-lists is a file of the record that some viewer or the external list
@@ -130,7 +146,7 @@ void TestRecord::recordAgreesWithTheReport()
         QVERIFY2(report.contains(line + QString::number(summary[key].toInt())), key);
 
     // "-": the record on standard output, the report's path on standard error.
-    const CheckRun toStdout = kevroCheck({"--client", m_client, "--catalogue", "REC", "--record", "-", m_master});
+    const CheckRun toStdout = kevroCheck({"--client", m_client, "--catalogue", "REC", "--record", "-", volume});
     QVERIFY(toStdout.code == 0 && toStdout.err.endsWith(ReportPath(QStringLiteral("REC"), ReportFormat::Html) + '\n'));
     QCOMPARE(schemaErrors(toStdout.out.toUtf8()), QString());
 }
@@ -194,6 +210,8 @@ void TestRecord::programsUnderOtherNames()
     QVERIFY(lines.contains("kevro-check: warning: " + disc.toUpper() + "/LIB/HELPER.DLL holds a Windows library "
                            "(OriginalFilename DISCMENU.EXE: Acme Disc Menu, un-licensed for this client)"));
     QCOMPARE(r["warnings"].toArray().size(), lines.size());
+    // No .EXE on this disc, yet an un-licensed application is on it: a release gate says so.
+    QCOMPARE(kevroCheck({"--client", m_client, "--catalogue", "HIDE", "--fail-on", "unlicensed", disc}).code, 10);
 }
 
 QTEST_MAIN(TestRecord)
