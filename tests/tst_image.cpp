@@ -1,5 +1,6 @@
 // Disc images scanned without mounting them: one master made into every kind of image a plant receives
-// (ISO 9660 with Rock Ridge and Joliet, Joliet only, a UDF bridge, UDF only) gives the report of the
+// (ISO 9660 with Rock Ridge and Joliet, Joliet only, a UDF bridge, UDF only, a raw CD of a file per track)
+// gives the report of the
 // master as a folder, with the image's paths, in the image's own order; a raw CD image in two sessions,
 // names no folder can hold, and damaged images are read too.
 
@@ -12,6 +13,7 @@
 #include "platform/MsgBox.h"
 #include "platform/Paths.h"
 #include "reporting/ScanReport.h"
+#include "review/VersionInformation.h"
 #include "scan/MediaWalker.h"
 #include "shell/MainMod.h"
 
@@ -124,6 +126,18 @@ void TestImage::initTestCase()
 QString TestImage::image(const QString &kind)
 {
     const QString iso = m_work.filePath(kind + ".iso");
+    if (kind == "cue") {
+        // An audio track of 300 sectors, then the data track, its file holding its 150 sectors of pregap
+        // (INDEX 00): the data begin at the disc's sector 450, where the image was made for.
+        if (!run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-J", "-C", "0,450", "-o", iso, m_master}))
+            return QString();
+        WriteTestFile(m_work.filePath("audio.bin"), QByteArray(300 * 2352, '\0'));
+        WriteTestFile(m_work.filePath("data.bin"), QByteArray(150 * 2352, '\0') + rawSectors(ReadTestFile(iso)));
+        return WriteTestFile(m_work.filePath("cd.cue"),
+                             "FILE \"audio.bin\" BINARY\n  TRACK 01 AUDIO\n    INDEX 01 00:00:00\n"
+                             "FILE \"data.bin\" BINARY\n  TRACK 02 MODE1/2352\n    INDEX 00 00:00:00\n"
+                             "    INDEX 01 00:02:00\n");
+    }
     QStringList args{"-quiet", "-J", "-joliet-long", "-o", iso, m_master};
     if (kind != "joliet")
         args.prepend(kind == "rrj" ? "-R" : "-udf");
@@ -147,6 +161,7 @@ void TestImage::imageJobsReportTheMaster_data()
     QTest::newRow("Joliet only") << "joliet" << "ISO 9660 with Joliet";
     QTest::newRow("UDF bridge") << "bridge" << "UDF 1.02";
     QTest::newRow("UDF only") << "udf" << "UDF 1.02";
+    QTest::newRow("raw CD, a file per track, pregaps in the files") << "cue" << "ISO 9660 with Rock Ridge and Joliet";
 }
 
 void TestImage::imageJobsReportTheMaster()
@@ -173,7 +188,7 @@ void TestImage::imageJobsReportTheMaster()
     // way round); Joliet and UDF records keep their names' order.
     const qsizetype zed = lines.indexOf("{DISC}/Z.TXT (1 KB)"), underscore = lines.indexOf("{DISC}/_Z.TXT (1 KB)");
     QVERIFY(zed > 0 && underscore > 0);
-    QCOMPARE(zed < underscore, kind == "rrj");
+    QCOMPARE(zed < underscore, kind == "rrj" || kind == "cue");
 }
 
 void TestImage::whatImagesHold()
@@ -239,6 +254,31 @@ void TestImage::whatImagesHold()
     QVERIFY(listed.contains(ExtractFolder().toUpper() + "/.._.._XX.ZIP/MEMBER.TXT"));
     QVERIFY(!QFileInfo::exists(QFileInfo(AppPath()).path() + "/xx.zip"));
     QCOMPARE(boxes.prompts(), QStringList{"Error 57"}); // the only box of all these walks
+
+    // A program's version information is read where it lies in the image: nothing is copied out for it.
+    const QString pe = QStringLiteral(KEVRO_PE_DIR "/english.exe");
+    if (QFileInfo::exists(pe)) {
+        const QString programs = m_work.filePath("programs.iso");
+        QVERIFY(run("xorriso", {"-as", "mkisofs", "-quiet", "-R", "-o", programs, "-graft-points", "/SETUP/MENU.EXE=" + pe}));
+        walk(walker, programs);
+        VersionInformation info;
+        QVERIFY(info.ReadVersionInformation(programs.toUpper() + "/SETUP/MENU.EXE"));
+        QCOMPARE(info.CompanyName, QStringLiteral("Acme Software Ltd"));
+        QVERIFY(!QFileInfo::exists(ExtractFolder() + "/.image"));
+    }
+
+    // A UDF partition map that says "metadata" in a plain map's six bytes is a map of no kind read: the
+    // image is told as none, and nothing follows the map it is not.
+    const QString udf = WriteTestFile(m_work.filePath("shortmap.udf"), QByteArray(20 * 1024 * 1024, '\0'));
+    QVERIFY(run("mkudffs", {"--media-type=hd", "--blocksize=2048", udf}));
+    bytes = ReadTestFile(udf);
+    for (qsizetype at = 0; at + 2048 <= bytes.size(); at += 2048)
+        if (bytes[at] == 6 && bytes[at + 1] == 0 && bytes[at + 440] == 1) // a logical volume's first map
+            bytes[at + 440] = 2;
+    WriteTestFile(udf, bytes);
+    QString why;
+    QVERIFY(!DiscImage::Open(udf, &why));
+    QVERIFY2(why.startsWith("the UDF volume"), qPrintable(why));
 }
 
 void TestImage::damagedImagesEndInAReport_data()
